@@ -1,0 +1,29 @@
+# Sourced by the project's commands.
+
+# need PROGRAM=PACKAGE ...: installs the Debian packages of the programs (or, with a "/", the files)
+# that are missing, in one go.
+need() {
+  local missing=() entry
+  for entry in "$@"; do
+    local wanted=${entry%%=*}
+    if [[ $wanted == */* ]]; then
+      [ -e "$wanted" ] || missing+=("${entry#*=}")
+    else
+      command -v "$wanted" >/dev/null 2>&1 || missing+=("${entry#*=}")
+    fi
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  local as_root=()
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  echo "Installing ${missing[*]}" >&2
+  {
+    "${as_root[@]}" apt-get update &&
+      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends "${missing[@]}"
+  } >&2
+}
+
+# build PRESET: configures and builds below build/PRESET.
+build() {
+  cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)"
+}

@@ -1,0 +1,132 @@
+#include "files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace trellion {
+namespace {
+
+/// Writes everything; returns the error number of a failure, 0 when all is written.
+int write_all(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+int open_file(const std::string& name, int flags, std::string_view what) {
+  const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY, 0666);
+  if (descriptor < 0) throw system_failure(what, name, errno);
+  return descriptor;
+}
+
+struct stat status_of(const file_descriptor& file) {
+  struct stat status {};
+  ::fstat(file.get(), &status);
+  return status;
+}
+
+}  // namespace
+
+run_error system_failure(std::string_view what, const std::string& name, int error_number) {
+  return run_error("cannot " + std::string(what) + " '" + name +
+                   "': " + std::generic_category().message(error_number));
+}
+
+file_descriptor::file_descriptor(file_descriptor&& other) noexcept : descriptor_(other.release()) {}
+
+file_descriptor::~file_descriptor() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+int file_descriptor::release() { return std::exchange(descriptor_, -1); }
+
+input_file::input_file(const std::string& name) : file_(open_file(name, O_RDONLY, "open")) {
+  if (S_ISDIR(status_of(file_).st_mode)) throw system_failure("read", name, EISDIR);
+}
+
+std::size_t input_file::read(char* buffer, std::size_t capacity) {
+  while (true) {
+    const ssize_t count = ::read(file_.get(), buffer, capacity);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) throw std::system_error(errno, std::generic_category());
+  }
+}
+
+std::size_t input_file::expected_size() const {
+  return static_cast<std::size_t>(status_of(file_).st_size);
+}
+
+output_file::output_file(const std::string& name, const input_file& input)
+    : name_(name), file_(open_file(name, O_WRONLY | O_CREAT, "create")) {
+  // Opened without O_TRUNC: only a file that is known not to be the input may be emptied.
+  const struct stat mine = status_of(file_);
+  const struct stat source = status_of(input.file_);
+  if (mine.st_dev == source.st_dev && mine.st_ino == source.st_ino) {
+    throw run_error("cannot create '" + name_ + "': it is the input file itself");
+  }
+  if (S_ISREG(mine.st_mode) && ::ftruncate(file_.get(), 0) != 0) {
+    throw system_failure("empty", name_, errno);
+  }
+}
+
+void output_file::write(std::string_view bytes) {
+  const int error_number = write_all(file_.get(), bytes);
+  if (error_number != 0) throw system_failure("write", name_, error_number);
+}
+
+void output_file::close() {
+  if (::close(file_.release()) != 0) throw system_failure("write", name_, errno);
+}
+
+void console_output::write(std::string_view bytes) {
+  if (failure_ != 0) return;
+  failure_ = write_all(STDOUT_FILENO, bytes);
+  if (failure_ != 0 && !keeps_going_) throw system_failure("write", "standard output", failure_);
+}
+
+text_writer::text_writer(byte_sink& sink)
+    : sink_(sink), buffer_(std::make_unique_for_overwrite<char[]>(capacity)) {}
+
+text_writer& text_writer::put(std::string_view text) {
+  if (text.size() > capacity - used_) {
+    flush();
+    if (text.size() >= capacity) {
+      sink_.write(text);
+      return *this;
+    }
+  }
+  text.copy(buffer_.get() + used_, text.size());
+  used_ += text.size();
+  return *this;
+}
+
+text_writer& text_writer::repeat(std::size_t count, char c) {
+  for (; count > 0; --count) put(c);
+  return *this;
+}
+
+void text_writer::flush() {
+  const std::size_t count = std::exchange(used_, 0);
+  if (count > 0) sink_.write({buffer_.get(), count});
+}
+
+bool file_exists(const std::string& name) {
+  struct stat status {};
+  return ::stat(name.c_str(), &status) == 0 || errno == EACCES;
+}
+
+std::uint64_t file_size(const std::string& name) {
+  struct stat status {};
+  return ::stat(name.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+}  // namespace trellion

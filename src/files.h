@@ -1,0 +1,133 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace trellion {
+
+/// The run cannot go on. `main` prints the text, which says what failed, for which file and why,
+/// on standard error and ends with status 2.
+class run_error : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The run ends early, its last words are on the console already, and the exit status is 0.
+struct early_end {};
+
+/// "cannot WHAT 'NAME': " and the system's reason for the error number.
+run_error system_failure(std::string_view what, const std::string& name, int error_number);
+
+/// Where bytes come from. `read` fills the buffer with at most `capacity` bytes and returns how
+/// many; 0 is the end. A failure is thrown as std::system_error with the error number.
+class byte_source {
+ public:
+  virtual ~byte_source() = default;
+  virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
+};
+
+/// Where bytes go. `write` takes all of them or throws.
+class byte_sink {
+ public:
+  virtual ~byte_sink() = default;
+  virtual void write(std::string_view bytes) = 0;
+};
+
+/// An open file, closed with the object.
+class file_descriptor {
+ public:
+  explicit file_descriptor(int descriptor) : descriptor_(descriptor) {}
+  file_descriptor(file_descriptor&& other) noexcept;
+  file_descriptor& operator=(file_descriptor&&) = delete;
+  ~file_descriptor();
+
+  [[nodiscard]] int get() const { return descriptor_; }
+  /// Gives up the descriptor; the caller closes it.
+  int release();
+
+ private:
+  int descriptor_;
+};
+
+/// The input file, read as it stands.
+class input_file : public byte_source {
+ public:
+  /// Opens the file for reading; throws run_error when that fails or it is a directory.
+  explicit input_file(const std::string& name);
+
+  std::size_t read(char* buffer, std::size_t capacity) override;
+  /// How many bytes the file is likely to hold; 0 when it cannot be known.
+  [[nodiscard]] std::size_t expected_size() const;
+
+ private:
+  friend class output_file;
+  file_descriptor file_;
+};
+
+/// The repaired file. Created when absent; an existing one is emptied.
+class output_file : public byte_sink {
+ public:
+  /// Throws run_error when the file cannot be opened, or when it is the input itself under
+  /// another name: then nothing has been touched.
+  output_file(const std::string& name, const input_file& input);
+
+  /// Throws run_error with the file's name and the reason (a full disk, say).
+  void write(std::string_view bytes) override;
+  /// Closes the file; throws run_error when the system reports a late write failure.
+  void close();
+
+ private:
+  std::string name_;
+  file_descriptor file_;
+};
+
+/// Standard output. A failure is thrown as run_error, until keep_going is called: a console that
+/// has gone away must not stop a repair that is under way. From then on the first failure is
+/// remembered and whatever follows it is dropped.
+class console_output : public byte_sink {
+ public:
+  void write(std::string_view bytes) override;
+  void keep_going() { keeps_going_ = true; }
+  /// The error number of the first failure; 0 while there was none.
+  [[nodiscard]] int failure() const { return failure_; }
+
+ private:
+  bool keeps_going_ = false;
+  int failure_ = 0;
+};
+
+/// Gathers what is written and hands it to the sink in large pieces. Nothing is written at the end
+/// of its life: whoever owns it flushes it where a failure can be reported.
+class text_writer {
+ public:
+  /// The sink must outlive the writer.
+  explicit text_writer(byte_sink& sink);
+
+  text_writer& put(char c) {
+    if (used_ == capacity) flush();
+    buffer_[used_++] = c;
+    return *this;
+  }
+  text_writer& put(std::string_view text);
+  /// The character `count` times.
+  text_writer& repeat(std::size_t count, char c);
+  void flush();
+
+ private:
+  static constexpr std::size_t capacity = std::size_t{1} << 16;
+  byte_sink& sink_;
+  std::unique_ptr<char[]> buffer_;
+  std::size_t used_ = 0;
+};
+
+/// True unless the system says that there is no such file. A file that is there but out of reach
+/// exists: opening it gives the reason.
+bool file_exists(const std::string& name);
+
+/// The size in bytes that the file system reports; 0 when it reports none.
+std::uint64_t file_size(const std::string& name);
+
+}  // namespace trellion

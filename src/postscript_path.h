@@ -1,0 +1,108 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "setup.h"
+#include "tokens.h"
+
+namespace trellion {
+
+using point_index = std::uint32_t;
+using path_index = std::uint32_t;
+inline constexpr path_index no_path = UINT32_MAX;
+
+/// A vertex of a polygon, linked into the ring of its outline.
+struct ps_point {
+  std::array<std::int32_t, 2> coords;  ///< x and y in thousandths of a PostScript unit
+  point_index next;
+  point_index prev;
+
+  [[nodiscard]] bool same_place(const ps_point& other) const { return coords == other.coords; }
+};
+
+/// The two numbers of a vertex as the input had them, cut to eight characters and blank-padded.
+/// They alone are ever written: the integers decide, the texts show.
+struct coord_texts {
+  std::array<char, 8> x;
+  std::array<char, 8> y;
+};
+
+/// A polygon: a closed ring of points, entered at its cursor. An edge is a point and its `next`.
+struct ps_path {
+  std::uint32_t n_points = 0;
+  point_index cursor = 0;
+  /// Covers every point. Points that are removed later do not shrink it.
+  std::int32_t x_min = 0;
+  std::int32_t x_max = 0;
+  std::int32_t y_min = 0;
+  std::int32_t y_max = 0;
+  /// Neighbours in the queue that holds the path.
+  path_index next_path = no_path;
+  path_index previous_path = no_path;
+};
+
+/// The points and paths of one group of polygons. They are made while the group is read, refer to
+/// each other by index, and are released together; what is dropped on the way stays unused.
+struct path_store {
+  std::vector<ps_point> points;
+  std::vector<coord_texts> texts;  ///< texts[i] belongs to points[i]
+  std::vector<ps_path> paths;
+
+  /// Drops everything and keeps the memory for the next group.
+  void clear();
+};
+
+/// A number of the input that cannot be a coordinate.
+class coordinate_error : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The coordinate that a number text stands for: times 1000, rounded to nearest, halves away from
+/// zero. The text is cut to eight characters first. Throws coordinate_error when no value can be
+/// read or it does not fit 32 bits.
+std::int32_t thousandths(std::string_view text);
+
+/// Makes a path from the tokens of one polygon and adds it to the store: each two consecutive
+/// numbers give a point, operators are passed over. There must be at least one point. The cursor
+/// is left on the last point. Throws coordinate_error, naming the text and its line.
+path_index tokens_to_ps_path(token_range tokens, path_store& store);
+
+/// Writes a path with the given operators, five vertices to a line after the first, beginning at
+/// the cursor. The cursor ends one point before where it was.
+void output(path_store& store, path_index path, const drawing_token_set& operators,
+            text_writer& out);
+
+/// Makes the ring run the other way; the cursor stays on its point.
+void reverse(path_store& store, path_index path);
+
+/// Moves the cursor to the point before it.
+void step_back(path_store& store, path_index path);
+
+enum class shared_edge { none, same_direction, opposite_direction };
+
+/// Looks for an edge that two paths share. The first of a's edges from its cursor on that matches
+/// an edge of b, and the first of b's from its cursor on that matches it, are made their cursors;
+/// at one pair, the same direction is tested first. Without a match both cursors stay.
+shared_edge compare_postscript_paths(path_store& store, path_index a, path_index b);
+
+/// Joins b into a along their cursor edges, which must match in opposite directions: the edge
+/// disappears, its end points are kept once. The cursor of a is then the end point that was its
+/// cursor's next. b must not be used any more.
+void merge_postscript_paths(path_store& store, path_index a, path_index b);
+
+/// True when the point adds nothing to the outline between its two neighbours: two of the three
+/// coincide, or it lies on the straight line through the others, at the tip of a spike included.
+bool is_superfluous(const ps_point& before, const ps_point& point, const ps_point& after);
+
+/// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
+/// three points or more, or none: then the path must only be discarded. The point after the last
+/// removed one can stay untested; the cursor ends on the point before it.
+void remove_superfluous_points_v2(path_store& store, path_index path);
+
+}  // namespace trellion

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "postscript_path.h"
+
+namespace trellion {
+
+/// A queue of paths of one store, first in, first out, with running totals. Any path can be taken
+/// out of it, each step in constant time. A path is in one queue at a time.
+class ps_path_queue {
+ public:
+  /// The store must outlive the queue.
+  explicit ps_path_queue(path_store& store) : store_(&store) {}
+
+  /// Takes the path in behind the last one. The totals count its points as they are now.
+  void add_after_last(path_index path);
+  /// Takes out the first path; the queue must not be empty.
+  path_index remove_head();
+  /// Takes out a path that is in this queue.
+  void remove_this_path(path_index path);
+  [[nodiscard]] bool is_empty() const { return first_ == no_path; }
+
+  /// The first path, from which `next_path` leads to the others; no_path when there is none.
+  [[nodiscard]] path_index first() const { return first_; }
+  [[nodiscard]] std::int64_t n_paths() const { return n_paths_; }
+  [[nodiscard]] std::int64_t total_points() const { return total_points_; }
+
+  /// Moves all paths of the other queue, in their order, behind the last one of this.
+  void append(ps_path_queue& other);
+  /// Writes every path in order.
+  void output(const drawing_token_set& operators, text_writer& out) const;
+
+ private:
+  path_store* store_;
+  path_index first_ = no_path;
+  path_index last_ = no_path;
+  std::int64_t n_paths_ = 0;
+  std::int64_t total_points_ = 0;
+};
+
+/// Queues by number of points: the paths with 3 points, those with 4, and so on.
+class strata {
+ public:
+  static constexpr std::uint32_t min_points = 3;
+
+  explicit strata(path_store& store) : store_(&store) {}
+
+  /// The largest number of points that there is a stratum for; less than min_points at first.
+  [[nodiscard]] std::uint32_t max_points() const;
+  /// The stratum for paths of `n_points` points, made, with all below it, when it is missing.
+  ps_path_queue& of(std::uint32_t n_points);
+
+ private:
+  path_store* store_;
+  std::vector<ps_path_queue> queues_;
+};
+
+/// Cuts the tokens of a group into polygons, one after each end-polygon operator, and makes a path
+/// of each in the store, cleaned of superfluous points; polygons that keep fewer than three points
+/// are left out. The console gets the rest of the group's line: the input lines that it covers,
+/// and the points and polygons read. Throws coordinate_error.
+ps_path_queue tokens_to_ps_path_queue(token_range group, const token& end_polygon_token,
+                                      path_store& store, text_writer& console);
+
+/// Moves every path to the stratum of its number of points, which must be at least 3. Leaves the
+/// queue empty.
+strata stratify(path_store& store, ps_path_queue& queue);
+
+/// Moves the paths of all strata to the queue, which must be empty: fewest points first, each
+/// stratum in its order. Reports the totals on the console.
+void gather(strata& strata, ps_path_queue& queue, text_writer& console);
+
+}  // namespace trellion

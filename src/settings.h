@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <span>
+#include <string>
+
+#include "files.h"
+
+namespace trellion {
+
+/// What a run is asked to do.
+struct run_settings {
+  std::string filename;
+  std::string repaired_filename;
+  std::int32_t merge_limit = 0;     ///< most points of a path that is taken up; 0 is no limit
+  std::int32_t min_separators = 2;  ///< least number of operators between two polygons
+  bool remove_mesh = false;
+  bool verbose = false;
+};
+
+/// Takes the settings from the command line's arguments (the program's name left out), or, when
+/// there are none, from answers to prompts. A missing file, a bad option and a missing name end
+/// the run early, with the reason on the console. Throws run_error when the prompts' input ends
+/// before the file is named, or the console cannot be written while prompting.
+run_settings obtain_settings(std::span<const char* const> arguments, std::istream& answers,
+                             text_writer& console);
+
+}  // namespace trellion

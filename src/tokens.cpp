@@ -1,0 +1,172 @@
+#include "tokens.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+#include "fields.h"
+#include "param.h"
+#include "string_utils.h"
+
+namespace trellion {
+namespace {
+
+constexpr bool is_brace(char c) { return c == '{' || c == '}'; }
+constexpr bool is_line_end(char c) { return c == '\n' || c == '\r'; }
+
+// A table, because every byte of the input is asked this question.
+constexpr auto ends_word = [] {
+  std::array<bool, 256> table{};
+  for (const char c : {' ', '{', '}', '\n', '\r'}) table[static_cast<unsigned char>(c)] = true;
+  return table;
+}();
+
+const char* skip_blanks(const char* position, const char* end) {
+  return std::find_if(position, end, [](char c) { return c != ' '; });
+}
+
+const char* word_end(const char* position, const char* end) {
+  return std::find_if(position, end,
+                      [](char c) { return ends_word[static_cast<unsigned char>(c)]; });
+}
+
+/// The position behind the line end that stands at `position`.
+const char* skip_line_end(const char* position, const char* end) {
+  const bool pair = position[0] == '\r' && end - position > 1 && position[1] == '\n';
+  return position + (pair ? 2 : 1);
+}
+
+void report_read_failure(std::string_view text, int error_number, text_writer& console) {
+  std::int64_t line_number = 1;
+  const char* position = text.data();
+  const char* const end = position + text.size();
+  const char* line_end = std::find_if(position, end, is_line_end);
+  while (line_end != end) {
+    ++line_number;
+    position = skip_line_end(line_end, end);
+    line_end = std::find_if(position, end, is_line_end);
+  }
+  const std::string_view line(position, static_cast<std::size_t>(end - position));
+  console.put("trellion: iostat error  ").put(integer_field(error_number, 4)).put(" has occurred.");
+  console.put(nl).put("Current line number   : ").put(integer_field(line_number, 8)).put(nl);
+  console.put("Current line contents : ").put(trim_trailing_blanks(line)).put(nl);
+}
+
+}  // namespace
+
+bool tok_eq_tok(const token& a, const token& b) {
+  return a.kind == b.kind && equal_blank_padded(a.text, b.text);
+}
+
+bool tok_neq_tok(const token& a, const token& b) { return !tok_eq_tok(a, b); }
+
+token_list::token_list(std::string_view text, std::int64_t first_line)
+    : position_(text.data()), end_(text.data() + text.size()), line_number_(first_line) {
+  // A text of blanks alone, without a line end, holds no token.
+  if (skip_blanks(position_, end_) == end_) position_ = end_;
+}
+
+token token_list::take_head() {
+  token head;
+  head.line_number = line_number_;
+  const char* const begin = skip_blanks(position_, end_);
+  if (is_line_end(*begin)) {  // only at the start of a text: elsewhere the token before takes it
+    head.kind = token_kind::null;
+  } else {
+    head.leading_spaces = begin - position_;
+    const char* const behind = is_brace(*begin) ? begin + 1 : word_end(begin, end_);
+    head.text = {begin, static_cast<std::size_t>(behind - begin)};
+    head.kind = is_brace(*begin)           ? token_kind::brace
+                : string_is_num(head.text) ? token_kind::number
+                                           : token_kind::string;
+    position_ = behind;
+  }
+  head.line_ends = take_line_ends();
+  return head;
+}
+
+/// Moves behind the line ends that follow, blanks before each included, and counts them. The last
+/// line of a text counts as ended even when the text just stops.
+std::int64_t token_list::take_line_ends() {
+  std::int64_t count = 0;
+  while (true) {
+    const char* const next = skip_blanks(position_, end_);
+    if (next == end_) {
+      position_ = end_;
+      line_number_ += count;
+      return std::max<std::int64_t>(count, 1);
+    }
+    if (!is_line_end(*next)) {
+      line_number_ += count;
+      return count;
+    }
+    position_ = skip_line_end(next, end_);
+    ++count;
+  }
+}
+
+void write_token(const token& token, text_writer& out) {
+  out.repeat(static_cast<std::size_t>(token.leading_spaces), ' ');
+  out.put(token.text);
+  out.repeat(static_cast<std::size_t>(token.line_ends), nl);
+}
+
+void purge(token_range tokens, text_writer& out) {
+  while (!tokens.begin.same_head(tokens.end)) write_token(tokens.begin.take_head(), out);
+}
+
+void purge_comments(token_list& list, text_writer& out) {
+  bool in_comment = false;
+  while (!list.empty()) {
+    token_list rest = list;
+    const token head = rest.take_head();
+    const bool blank_line = head.kind == token_kind::null;
+    in_comment = in_comment || head.text.starts_with('%');
+    if (!blank_line && !in_comment) return;
+    write_token(head, out);
+    list = rest;
+    if (head.line_ends > 0) in_comment = false;
+  }
+}
+
+void display_token(const token& token, text_writer& out) {
+  if (token.leading_spaces == 1) out.put("1 leading space,  followed by ");
+  if (token.leading_spaces > 1) {
+    out.put(std::to_string(token.leading_spaces)).put(" leading spaces, followed by ");
+  }
+  out.put(token.kind == token_kind::number ? "the number '" : "the string '").put(token.text);
+  out.put('\'');
+  if (token.line_number >= 1) out.put(" from line ").put(integer_field(token.line_number, 10));
+  if (token.line_ends == 1) out.put(" <line ends>");
+  if (token.line_ends > 1) {
+    out.put(" <line ends x ").put(std::to_string(token.line_ends)).put(" >");
+  }
+  out.put(nl);
+}
+
+file_text tokenize_file(byte_source& source, std::size_t expected_size, text_writer& console) {
+  console.put("Tokenizing postscript code ... ").put(nl).flush();
+
+  // One byte more than expected lets the read that meets the end find room.
+  std::size_t capacity = std::max<std::size_t>(expected_size + 1, 4096);
+  file_text text{std::make_unique_for_overwrite<char[]>(capacity), 0};
+  try {
+    while (const std::size_t count =
+               source.read(text.bytes.get() + text.size, capacity - text.size)) {
+      text.size += count;
+      if (text.size < capacity) continue;
+      capacity *= 2;
+      auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+      std::memcpy(larger.get(), text.bytes.get(), text.size);
+      text.bytes = std::move(larger);
+    }
+  } catch (const std::system_error& failure) {
+    report_read_failure(text.view(), failure.code().value(), console);
+    throw early_end{};
+  }
+  return text;
+}
+
+}  // namespace trellion

@@ -1,0 +1,128 @@
+#include "postscript_path.h"
+
+#include <gtest/gtest.h>
+
+#include "support.h"
+
+namespace trellion::testing {
+namespace {
+
+/// The path that the numbers of a text make, its points in order and its cursor on the last one.
+path_index path_of(std::string_view numbers, path_store& store) {
+  return tokens_to_ps_path({token_list(numbers), token_list(numbers.substr(numbers.size()))},
+                           store);
+}
+
+std::string written(path_store& store, path_index path) {
+  captured_text out;
+  output(store, path, mlhf(), out);
+  return out.text();
+}
+
+/// What is left of a ring after superfluous points are removed.
+std::string cleaned(std::string_view numbers) {
+  path_store store;
+  const path_index path = path_of(numbers, store);
+  remove_superfluous_points_v2(store, path);
+  return store.paths[path].n_points == 0 ? "nothing" : written(store, path);
+}
+
+TEST(coordinates, are_thousandths_rounded_away_from_zero) {
+  EXPECT_EQ(thousandths("1"), thousandths("1.000"));
+  EXPECT_EQ(thousandths("0.0005"), 1);
+  EXPECT_EQ(thousandths("-0.0005"), -1);
+  EXPECT_EQ(thousandths(".0004"), 0);
+  EXPECT_EQ(thousandths("-5."), -5000);
+}
+
+TEST(coordinates, are_cut_to_eight_characters_and_must_fit) {
+  EXPECT_EQ(thousandths("123.456789"), 123457);  // 123.4567
+  EXPECT_EQ(thousandths("2147483.647"), 2147483000);
+  EXPECT_EQ(thousandths("-2147483.648"), -2147483000);
+  for (const auto* bad : {".", "-.", "2147484.", "-2147484"}) {
+    EXPECT_THROW(thousandths(bad), coordinate_error) << bad;
+  }
+  path_store store;
+  try {
+    path_of("1 2 m\n3\n -. l h", store);
+    FAIL();
+  } catch (const coordinate_error& error) {
+    EXPECT_STREQ(error.what(), "'-.' is not a coordinate in line 3");
+  }
+}
+
+TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
+  path_store store;
+  const path_index one = path_of("00.10 -.5 m", store);
+  EXPECT_EQ(written(store, one), "00.10 -.5 m\nh f\n");
+  const path_index six = path_of("1 1 2 2 3 3 4 4 5 5 123456.789 0", store);
+  EXPECT_EQ(written(store, six), "123456.7 0 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\nh f\n");
+  const path_index seven = path_of("1 1 2 2 3 3 4 4 5 5 6 6 7 7", store);
+  EXPECT_EQ(written(store, seven), "7 7 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\n6 6 l \nh f\n");
+  EXPECT_EQ(written(store, seven), "6 6 m\n7 7 l 1 1 l 2 2 l 3 3 l 4 4 l\n5 5 l \nh f\n")
+      << "the cursor has moved back by one";
+}
+
+TEST(path_ring, runs_the_other_way_after_reverse) {
+  path_store store;
+  const path_index path = path_of("1 1 2 2 3 3", store);
+  reverse(store, path);
+  EXPECT_EQ(written(store, path), "3 3 m\n2 2 l 1 1 l \nh f\n");
+  step_back(store, path);
+  EXPECT_EQ(written(store, path), "2 2 m\n1 1 l 3 3 l \nh f\n");
+}
+
+TEST(superfluous_points, are_coinciding_collinear_and_spikes) {
+  // The walk starts on the last point and ends on the one before it, if both stay.
+  EXPECT_EQ(cleaned("0 0 2 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
+  EXPECT_EQ(cleaned("0 0 4 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
+  EXPECT_EQ(cleaned("0 0 4 0 9 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
+  EXPECT_EQ(cleaned("0 0 0 4 1.0001 5 1.0004 5 3 3"), "1.0004 5 m\n3 3 l 0 0 l 0 4 l \nh f\n");
+  EXPECT_EQ(cleaned("0 0 1 1 2 2"), "nothing");
+  EXPECT_EQ(cleaned("5 5 5 5 5 5 5 5"), "nothing");
+  EXPECT_EQ(cleaned("1 2"), "nothing");
+}
+
+TEST(superfluous_points, the_walk_can_leave_the_point_after_its_last_removal) {
+  // The walk starts on the second (0 0), which (1 -4) makes a corner. It comes round to (1 -4), a
+  // spike between the two (0 0), removes it, then the first (0 0), and ends on (-5 0). The second
+  // (0 0) now lies on a straight line, but is not looked at again.
+  EXPECT_EQ(cleaned("5 0 0 9 -5 0 0 0 1 -4 0 0"), "-5 0 m\n0 0 l 5 0 l 0 9 l \nh f\n");
+}
+
+TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zero) {
+  const auto at = [](std::int32_t x, std::int32_t y) { return ps_point{{x, y}, 0, 0}; };
+  const std::int32_t far = 1 << 21;  // 2^22 * 2^21 * 2^21 is 2^64
+  EXPECT_TRUE(is_superfluous(at(0, 0), at(far, 0), at(far, far)));
+  EXPECT_FALSE(is_superfluous(at(0, 0), at(far, 0), at(far, far + 1)));
+}
+
+TEST(path_merge, joins_rings_along_the_shared_edge) {
+  path_store store;
+  const path_index a = path_of("0 0 1 0 1 1 0 1", store);
+  const path_index b = path_of("1 0 2 0 2 1 1.0 1", store);
+  ASSERT_EQ(compare_postscript_paths(store, a, b), shared_edge::opposite_direction);
+  merge_postscript_paths(store, a, b);
+  EXPECT_EQ(store.paths[a].n_points, 6U);
+  EXPECT_EQ(store.paths[a].x_max, 2000);
+  EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1 0 l 2 0 l 2 1 l\nh f\n");
+}
+
+TEST(path_comparison, tells_directions_and_leaves_strangers_alone) {
+  path_store store;
+  const path_index a = path_of("0 0 1 0 1 1 0 1", store);
+  const path_index backward = path_of("1 1 2 1 2 0 1 0", store);
+  EXPECT_EQ(compare_postscript_paths(store, backward, a), shared_edge::same_direction);
+  reverse(store, backward);
+  EXPECT_EQ(compare_postscript_paths(store, a, backward), shared_edge::opposite_direction);
+
+  const path_index corner = path_of("1 1 2 1 2 2 1 2", store);
+  const path_index far = path_of("5 5 6 5 6 6", store);
+  const point_index before = store.paths[a].cursor;
+  EXPECT_EQ(compare_postscript_paths(store, a, corner), shared_edge::none);
+  EXPECT_EQ(compare_postscript_paths(store, a, far), shared_edge::none);
+  EXPECT_EQ(store.paths[a].cursor, before);
+}
+
+}  // namespace
+}  // namespace trellion::testing

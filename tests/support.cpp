@@ -1,0 +1,112 @@
+#include "support.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+
+namespace trellion::testing {
+
+scratch_directory::scratch_directory() {
+  std::string name = std::filesystem::temp_directory_path() / "trellion-test-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch directory");
+  path_ = name;
+}
+
+scratch_directory::~scratch_directory() { std::filesystem::remove_all(path_); }
+
+void scratch_directory::write(const std::string& name, std::string_view text) const {
+  std::ofstream(path_ / name, std::ios::binary) << text;
+}
+
+std::string scratch_directory::read(const std::string& name) const {
+  std::ifstream file(path_ / name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+outcome shell(const std::string& command, const scratch_directory& directory) {
+  const scratch_directory streams;
+  const std::string at = streams.path();
+  const std::string line = "cd " + directory.path().string() +
+                           " && export TRELLION=" + TRELLION_PROGRAM + " && (" + command + ") >" +
+                           at + "/out 2>" + at + "/err";
+  const int status = std::system(line.c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
+}
+
+std::string masked(const std::string& text) {
+  std::string result = text;
+  const auto overwrite = [&result](std::string_view before, std::string_view mask) {
+    const std::size_t at = result.find(before);
+    if (at != std::string::npos) result.replace(at + before.size(), mask.size(), mask);
+  };
+  overwrite("Processing completed in ", "  0.0000 seconds");
+  const std::size_t comment = result.find("%%Processed by ");
+  if (comment != std::string::npos) {
+    overwrite(result.substr(comment, result.find(" at ", comment) - comment),
+              " at 12:00 on 01/01/2000");
+  }
+  return result;
+}
+
+drawing_token_set mlhf() {
+  drawing_token_set operators;
+  operators.moveto_token.text = "m";
+  operators.lineto_token.text = "l";
+  operators.end_polygon_token.text = "h";
+  operators.trailing_operators.emplace_back().text = "f";
+  return operators;
+}
+
+std::int64_t doubled_area(const polygon& p) {
+  std::int64_t sum = 0;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    const vertex& a = p[i];
+    const vertex& b = p[(i + 1) % p.size()];
+    sum += std::int64_t{a[0]} * b[1] - std::int64_t{b[0]} * a[1];
+  }
+  return sum;
+}
+
+std::vector<polygon> random_mesh(unsigned seed, int columns, int rows) {
+  std::mt19937 random(seed);
+  const auto one_in = [&random](unsigned n) { return random() % n == 0; };
+  std::vector<polygon> mesh;
+  for (int y = 0; y < rows; ++y) {
+    for (int x = 0; x < columns; ++x) {
+      if (one_in(9)) continue;
+      const int x0 = 10 * x;
+      const int y0 = 10 * y;
+      polygon cell = {{x0, y0}, {x0 + 10, y0}, {x0 + 10, y0 + 10}, {x0, y0 + 10}};
+      if (one_in(3)) {
+        mesh.push_back({cell[0], cell[1], cell[2]});
+        cell = {cell[0], cell[2], cell[3]};
+      } else if (one_in(3)) {
+        cell.insert(cell.begin() + 1, vertex{x0 + 5, y0});
+      }
+      std::rotate(cell.begin(), cell.begin() + random() % cell.size(), cell.end());
+      mesh.push_back(cell);
+    }
+  }
+  return mesh;
+}
+
+std::string to_postscript(const std::vector<polygon>& polygons) {
+  std::string text;
+  for (const polygon& p : polygons) {
+    const char* op = " m ";
+    for (const vertex& v : p) {
+      text += std::to_string(v[0]) + ' ' + std::to_string(v[1]) + op;
+      op = " l ";
+    }
+    text += "h f\n";
+  }
+  return text;
+}
+
+}  // namespace trellion::testing

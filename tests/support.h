@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files.h"
+#include "setup.h"
+
+namespace trellion::testing {
+
+/// A writer whose bytes end up in a string.
+class captured_text {
+ public:
+  operator text_writer&() { return writer_; }
+  /// Everything written so far.
+  std::string text() {
+    writer_.flush();
+    return sink_.bytes;
+  }
+
+ private:
+  struct string_sink : byte_sink {
+    void write(std::string_view more) override { bytes += more; }
+    std::string bytes;
+  };
+  string_sink sink_;
+  text_writer writer_{sink_};
+};
+
+/// A directory of its own, removed with the object.
+class scratch_directory {
+ public:
+  scratch_directory();
+  ~scratch_directory();
+  scratch_directory(const scratch_directory&) = delete;
+  scratch_directory& operator=(const scratch_directory&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+  void write(const std::string& name, std::string_view text) const;
+  [[nodiscard]] std::string read(const std::string& name) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+struct outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+/// Runs a shell command in the directory, "$TRELLION" standing for the program.
+outcome shell(const std::string& command, const scratch_directory& directory);
+
+/// The text with the time spent and the date and time of repair replaced by fixed ones.
+std::string masked(const std::string& text);
+
+/// The operators m, l, and h followed by f.
+drawing_token_set mlhf();
+
+using vertex = std::array<int, 2>;
+using polygon = std::vector<vertex>;
+
+/// Twice the area, positive when counter-clockwise.
+std::int64_t doubled_area(const polygon& p);
+
+/// Cells of a grid, some split into triangles and some with an extra point on a side: polygons
+/// that tile a rectangle without overlap, all counter-clockwise, a part of them left out.
+std::vector<polygon> random_mesh(unsigned seed, int columns, int rows);
+
+/// The polygons in PostScript, drawn with m, l, h and f, coordinates as they are.
+std::string to_postscript(const std::vector<polygon>& polygons);
+
+}  // namespace trellion::testing

@@ -1,0 +1,118 @@
+#include "tokens.h"
+
+#include <gtest/gtest.h>
+
+#include <system_error>
+
+#include "string_utils.h"
+#include "support.h"
+
+namespace trellion::testing {
+namespace {
+
+std::vector<token> tokens_of(std::string_view text) {
+  std::vector<token> tokens;
+  for (token_list list(text); !list.empty();) tokens.push_back(list.take_head());
+  return tokens;
+}
+
+/// Texts with their kinds, blanks and line ends, as in "0|3|word|1".
+std::string described(std::string_view text) {
+  std::string result;
+  for (const token& t : tokens_of(text)) {
+    result += std::to_string(t.leading_spaces) + '|' + std::to_string(static_cast<int>(t.kind)) +
+              '|' + std::string(t.text) + '|' + std::to_string(t.line_ends) + ' ';
+  }
+  return result;
+}
+
+std::string written(std::string_view text) {
+  captured_text out;
+  purge({token_list(text), token_list(text.substr(text.size()))}, out);
+  return out.text();
+}
+
+TEST(tokens, split_at_blanks_and_braces_only) {
+  EXPECT_EQ(described("  10 20 moveto"), "2|2|10|0 1|2|20|0 1|3|moveto|1 ");
+  EXPECT_EQ(described("/x{exch}def"), "0|3|/x|0 0|1|{|0 0|3|exch|0 0|1|}|0 0|3|def|1 ");
+  EXPECT_EQ(described("(a string)\tshow[1]"), "0|3|(a|0 1|3|string)\tshow[1]|1 ");
+}
+
+TEST(tokens, lines_end_in_all_three_ways_and_blank_lines_are_folded) {
+  EXPECT_EQ(described("a\nb\r\nc\rd"), "0|3|a|1 0|3|b|1 0|3|c|1 0|3|d|1 ");
+  EXPECT_EQ(described("a  \n\n  \r\n b"), "0|3|a|3 1|3|b|1 ");
+  EXPECT_EQ(described("\n \na\n   "), "0|0||2 0|3|a|1 ");
+  EXPECT_EQ(described("a\r\r\n"), "0|3|a|2 ");
+  EXPECT_EQ(described(""), "");
+  EXPECT_EQ(described("    "), "");
+  std::vector<std::int64_t> lines;
+  for (const token& t : tokens_of("a b\n\nc\r\nd")) lines.push_back(t.line_number);
+  EXPECT_EQ(lines, (std::vector<std::int64_t>{1, 1, 3, 4}));
+}
+
+TEST(tokens, writing_restores_the_text_less_blanks_at_line_ends) {
+  const std::string text = "%!PS\n\n  /x {1  exch}  def\n\n\n{ } show\n";
+  EXPECT_EQ(written(text), text);
+  EXPECT_EQ(written("a   \r\n b\r\rc"), "a\n b\n\nc\n");
+}
+
+TEST(tokens, numbers_have_an_optional_minus_and_one_point_at_most) {
+  for (const auto* text : {"0", "-12", "3.25", "-.5", "5.", ".", "-."}) {
+    EXPECT_TRUE(string_is_num(text)) << text;
+  }
+  for (const auto* text : {"", "-", "--5", "+5", "1e5", "1.2.3", "16#FF", "5-"}) {
+    EXPECT_FALSE(string_is_num(text)) << text;
+  }
+}
+
+TEST(tokens, equality_ignores_layout_but_not_kind_or_spelling) {
+  const auto a = tokens_of("moveto {\n\n   moveto 12 12.0");
+  EXPECT_TRUE(tok_eq_tok(a[0], a[2]));
+  EXPECT_TRUE(tok_neq_tok(a[3], a[4]));
+  token brace = a[1];
+  brace.kind = token_kind::string;
+  EXPECT_FALSE(tok_eq_tok(a[1], brace));
+}
+
+TEST(tokens, leading_comments_are_written_and_taken_off) {
+  const std::string_view text = "\n%!PS-Adobe-3.0 EPSF\n\n%%End{a}b\nnewpath %late\n";
+  token_list list(text);
+  captured_text out;
+  purge_comments(list, out);
+  EXPECT_EQ(out.text(), "\n%!PS-Adobe-3.0 EPSF\n\n%%End{a}b\n");
+  EXPECT_EQ(list.take_head().text, "newpath");
+
+  token_list comments_only("% a\n% b");
+  captured_text all;
+  purge_comments(comments_only, all);
+  EXPECT_EQ(all.text(), "% a\n% b\n");
+  EXPECT_TRUE(comments_only.empty());
+}
+
+TEST(tokens, description_tells_layout) {
+  captured_text out;
+  for (const token& t : tokens_of("            moveto\n 5\n\n")) display_token(t, out);
+  EXPECT_EQ(out.text(),
+            "12 leading spaces, followed by the string 'moveto' from line          1 <line ends>\n"
+            "1 leading space,  followed by the number '5' from line          2 <line ends x 2 >\n");
+}
+
+TEST(tokens, failed_read_reports_the_line_reached) {
+  struct failing_source : byte_source {
+    std::size_t read(char* buffer, std::size_t capacity) override {
+      if (std::exchange(failed, true)) throw std::system_error(EIO, std::generic_category());
+      return std::string_view("one\r\ntwo\nthr ee  ").copy(buffer, capacity);
+    }
+    bool failed = false;
+  } source;
+  captured_text console;
+  EXPECT_THROW(tokenize_file(source, 0, console), early_end);
+  EXPECT_EQ(console.text(),
+            "Tokenizing postscript code ... \n"
+            "trellion: iostat error     5 has occurred.\n"
+            "Current line number   :        3\n"
+            "Current line contents : thr ee\n");
+}
+
+}  // namespace
+}  // namespace trellion::testing
