@@ -33,7 +33,7 @@ std::int32_t coordinate(const token& number) {
 
 point_index add_point(const token& x, const token& y, path_store& store) {
   const auto index = static_cast<point_index>(store.points.size());
-  if (store.points.size() >= no_path) throw run_error("a group has too many points");
+  if (store.points.size() >= no_point) throw run_error("a group has too many points");
   store.points.push_back({{coordinate(x), coordinate(y)}, index + 1, index - 1});
   store.texts.push_back({padded(x.text), padded(y.text)});
   return index;
@@ -128,38 +128,19 @@ void output(path_store& store, path_index path, const drawing_token_set& operato
 }
 
 void reverse(path_store& store, path_index path) {
-  point_index point = store.paths[path].cursor;
-  for (std::uint32_t i = 0; i < store.paths[path].n_points; ++i) {
-    ps_point& p = store.points[point];
-    point = p.next;
-    std::swap(p.next, p.prev);
+  ps_path& p = store.paths[path];
+  if (p.untested != no_point) p.untested = store.points[p.untested].prev;
+  const auto first_coords = store.points[p.cursor].coords;
+  const coord_texts first_texts = store.texts[p.cursor];
+  point_index place = p.cursor;
+  for (std::uint32_t i = 0; i < p.n_points; ++i) {
+    ps_point& point = store.points[place];
+    const bool last = point.next == p.cursor;
+    point.coords = last ? first_coords : store.points[point.next].coords;
+    store.texts[place] = last ? first_texts : store.texts[point.next];
+    place = point.next;
+    std::swap(point.next, point.prev);
   }
-}
-
-void step_back(path_store& store, path_index path) {
-  store.paths[path].cursor = store.points[store.paths[path].cursor].prev;
-}
-
-shared_edge compare_postscript_paths(path_store& store, path_index a, path_index b) {
-  ps_path& pa = store.paths[a];
-  ps_path& pb = store.paths[b];
-  if (std::max(pa.x_min, pb.x_min) > std::min(pa.x_max, pb.x_max) ||
-      std::max(pa.y_min, pb.y_min) > std::min(pa.y_max, pb.y_max)) {
-    return shared_edge::none;
-  }
-  for (std::uint32_t i = 0; i < pa.n_points; ++i) {
-    const ps_point& a0 = store.points[pa.cursor];
-    const ps_point& a1 = store.points[a0.next];
-    for (std::uint32_t j = 0; j < pb.n_points; ++j) {
-      const ps_point& b0 = store.points[pb.cursor];
-      const ps_point& b1 = store.points[b0.next];
-      if (a0.same_place(b0) && a1.same_place(b1)) return shared_edge::same_direction;
-      if (a0.same_place(b1) && a1.same_place(b0)) return shared_edge::opposite_direction;
-      pb.cursor = b0.next;
-    }
-    pa.cursor = a0.next;
-  }
-  return shared_edge::none;
 }
 
 void merge_postscript_paths(path_store& store, path_index a, path_index b) {
@@ -182,6 +163,18 @@ void merge_postscript_paths(path_store& store, path_index a, path_index b) {
   pa.y_max = std::max(pa.y_max, pb.y_max);
 }
 
+bool is_sound(const path_store& store, path_index path) {
+  const ps_path& p = store.paths[path];
+  point_index point = p.cursor;
+  for (std::uint32_t i = 0; i < p.n_points; ++i) {
+    if (i > 0 && point == p.cursor) return false;
+    const point_index next = store.points[point].next;
+    if (store.points[next].prev != point) return false;
+    point = next;
+  }
+  return point == p.cursor;
+}
+
 bool is_superfluous(const ps_point& before, const ps_point& point, const ps_point& after) {
   if (distance(before, after) * distance(point, after) * distance(before, point) == 0) return true;
   const wrapping ux = difference(point.coords[0], before.coords[0]);
@@ -196,6 +189,7 @@ void remove_superfluous_points_v2(path_store& store, path_index path) {
   std::vector<ps_point>& points = store.points;
   point_index stop = points[p.cursor].prev;
   bool finished = false;
+  p.untested = no_point;
   while (true) {
     const ps_point& point = points[p.cursor];
     const point_index before = point.prev;
@@ -204,10 +198,12 @@ void remove_superfluous_points_v2(path_store& store, path_index path) {
       points[before].next = after;
       points[after].prev = before;
       p.cursor = before;
+      p.untested = after;
       if (--p.n_points == 0) return;
       // Backed up over the start: the stop must move too, or the walk would end too early.
       if (before == stop) stop = points[before].prev;
     } else {
+      if (p.cursor == p.untested) p.untested = no_point;
       if (finished) return;
       p.cursor = after;
     }

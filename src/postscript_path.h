@@ -14,6 +14,7 @@ namespace trellion {
 
 using point_index = std::uint32_t;
 using path_index = std::uint32_t;
+inline constexpr point_index no_point = UINT32_MAX;
 inline constexpr path_index no_path = UINT32_MAX;
 
 /// A vertex of a polygon, linked into the ring of its outline.
@@ -36,6 +37,8 @@ struct coord_texts {
 struct ps_path {
   std::uint32_t n_points = 0;
   point_index cursor = 0;
+  /// The point that the last clean-up changed a neighbour of without looking at it again, if any.
+  point_index untested = no_point;
   /// Covers every point. Points that are removed later do not shrink it.
   std::int32_t x_min = 0;
   std::int32_t x_max = 0;
@@ -78,23 +81,17 @@ path_index tokens_to_ps_path(token_range tokens, path_store& store);
 void output(path_store& store, path_index path, const drawing_token_set& operators,
             text_writer& out);
 
-/// Makes the ring run the other way; the cursor stays on its point.
+/// Makes the ring run the other way. Each edge keeps its place in the store, that of the point it
+/// starts at: the contents of the points move on by one instead. The cursor stays on its edge.
 void reverse(path_store& store, path_index path);
-
-/// Moves the cursor to the point before it.
-void step_back(path_store& store, path_index path);
-
-enum class shared_edge { none, same_direction, opposite_direction };
-
-/// Looks for an edge that two paths share. The first of a's edges from its cursor on that matches
-/// an edge of b, and the first of b's from its cursor on that matches it, are made their cursors;
-/// at one pair, the same direction is tested first. Without a match both cursors stay.
-shared_edge compare_postscript_paths(path_store& store, path_index a, path_index b);
 
 /// Joins b into a along their cursor edges, which must match in opposite directions: the edge
 /// disappears, its end points are kept once. The cursor of a is then the end point that was its
 /// cursor's next. b must not be used any more.
 void merge_postscript_paths(path_store& store, path_index a, path_index b);
+
+/// True when the points form a closed ring of the right size, linked both ways. For assertions.
+bool is_sound(const path_store& store, path_index path);
 
 /// True when the point adds nothing to the outline between its two neighbours: two of the three
 /// coincide, or it lies on the straight line through the others, at the tip of a spike included.

@@ -1,59 +1,122 @@
 #include "v3_engine.h"
 
+#include <algorithm>
+#include <cassert>
 #include <optional>
+#include <unordered_map>
+#include <utility>
 
+#include "cleanup.h"
+#include "edge_index.h"
 #include "fields.h"
 #include "param.h"
 
 namespace trellion {
 namespace {
 
+// The rule of the merging: a path P of n points that is taken up looks at all paths of n points or
+// fewer, those of 3 points first, each number of points in the order of filing, and joins the first
+// one, B, that shares an edge with it. Comparing P with each would take the square of their number.
+// Here the edge index names B, and the choice is the same:
+//
+// 1. It misses nobody. B shares an edge with P exactly when an edge of B lies like one of P, and
+//    the index holds every edge of every living path: all at the start, and whatever a merger
+//    changes afterwards. A look that finds nothing changes nothing, so none is owed.
+// 2. It picks nobody else. A path's rank is the number of points it is filed under, then a running
+//    number, so the order of ranks is the order of looking. B has the smallest rank below n + 1.
+// 3. The paths of n points that have found no partner already are looked at only when P has merged.
+//    Their ranks are the largest below n + 1, and while P is as it was filed none of them shares an
+//    edge with it, or it would have found P. So they need no rule of their own.
+// 4. The edges joined are the same. P's is the first from its cursor on that lies like any of B,
+//    B's the first from its cursor on that lies like that one.
+//
+// A large path keeps its edges in a heap by the rank of their first neighbour. An entry may be too
+// small, never too large. A rank becomes smaller only when a path is filed under fewer points than
+// it had when it was taken up, and a neighbour is new only when a clean-up has changed an edge:
+// both are announced. The cost: a merger looks at all of B, and a path filed under fewer points is
+// looked at whole, but either way as many points are removed, or end in a path of twice the size.
+
+rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
+
+/// The edges of a large path that have neighbours, by the rank of the first.
+struct ordered_edges {
+  lazy_heap by_rank;
+  std::vector<edge> crowded;  // their crowds know the first neighbour
+};
+
 class engine {
  public:
-  engine(path_store& store, strata& strata, text_writer& console)
-      : store_(store), strata_(strata), console_(console), unmatched_(store) {}
+  engine(path_store& store, strata& strata, text_writer& console, const engine_sizes& sizes);
 
   void process(std::int32_t merge_limit);
 
  private:
+  /// The partner that an edge of the current path leads to.
   struct partner {
-    ps_path_queue* queue;
     path_index path;
-    shared_edge edge;
+    edge at;
   };
 
   void report_progress();
-  bool next_stratum(std::int32_t merge_limit);
+  bool take_up(std::int32_t merge_limit);
+  void file_current();
+  rank next_rank(std::uint32_t n_points) { return first_rank(n_points) | ++filings_; }
+
   std::optional<partner> find_partner();
-  std::optional<partner> find_partner_in(ps_path_queue& queue);
+  std::optional<partner> find_partner_of_small();
+  std::optional<partner> find_partner_of_large();
+  edge first_shared_edge(path_index partner_path);
+  edge first_from(point_index start, std::vector<edge> edges) const;
+
   void merge(const partner& found);
-  void file_unmerged();
+  edge partner_edge(path_index partner_path, edge at) const;
+  void list_suspects(path_index partner_path);
+  void index_changed_edges();
+
+  ordered_edges& order_edges(path_index path);
+  void order_edge(ordered_edges& ordered, edge e);
+  void tell_neighbours(edge e);
+  void note_new_crowds();
 
   path_store& store_;
   strata& strata_;
   text_writer& console_;
+  engine_sizes sizes_;
+  edge_index index_;
+  cleanup cleanup_;
   std::uint32_t n_ = strata::min_points;  // number of points of the paths being taken up
-  ps_path_queue unmatched_;               // those of them that found no partner
+  rank unmatched_from_ = 0;               // ranks given since n_ became what it is
+  std::uint32_t filings_ = 0;
   path_index current_ = no_path;
-  bool merged_ = false;  // the current path has merged since it was taken up
+  std::unordered_map<path_index, ordered_edges> large_;
+  std::vector<point_index> suspects_;
   std::int64_t merges_ = 0;
 };
+
+engine::engine(path_store& store, strata& strata, text_writer& console, const engine_sizes& sizes)
+    : store_(store),
+      strata_(strata),
+      console_(console),
+      sizes_(sizes),
+      index_(store, sizes.crowd),
+      cleanup_(store, index_) {
+  for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
+    for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
+      index_.add_path(p, next_rank(n));
+    }
+  }
+  unmatched_from_ = next_rank(n_);
+}
 
 void engine::process(std::int32_t merge_limit) {
   console_.put("  Processing ").put(nl);
   while (true) {
     report_progress();
-    if (current_ == no_path) {
-      while (strata_.of(n_).is_empty()) {
-        if (!next_stratum(merge_limit)) return;
-      }
-      current_ = strata_.of(n_).remove_head();
-      merged_ = false;
-    }
+    if (current_ == no_path && !take_up(merge_limit)) return;
     if (const auto found = find_partner()) {
       merge(*found);
     } else {
-      file_unmerged();
+      file_current();
     }
   }
 }
@@ -64,63 +127,254 @@ void engine::report_progress() {
   console_.put("\x1b[1A  Processing ... mergers :").put(integer_field(merges_, 7)).put(nl);
 }
 
-/// Puts the unmatched paths back in their stratum's place and goes on to the next stratum. False
-/// when there is none, or its paths are beyond the merge limit.
-bool engine::next_stratum(std::int32_t merge_limit) {
-  strata_.of(n_).append(unmatched_);
-  if (n_ >= strata_.max_points()) return false;
-  ++n_;
-  return merge_limit < 1 || n_ <= static_cast<std::uint32_t>(merge_limit);
+/// Takes the next path out of its stratum, the stratum after it when that is used up. Paths that
+/// have been filed since the stratum's turn began stay. False when there are no more strata, or
+/// the next one is beyond the merge limit.
+bool engine::take_up(std::int32_t merge_limit) {
+  while (true) {
+    ps_path_queue& stratum = strata_.of(n_);
+    if (!stratum.is_empty() && index_.rank_of(stratum.first()) < unmatched_from_) {
+      current_ = stratum.remove_head();
+      return true;
+    }
+    if (n_ >= strata_.max_points()) return false;
+    ++n_;
+    if (merge_limit > 0 && n_ > static_cast<std::uint32_t>(merge_limit)) return false;
+    unmatched_from_ = next_rank(n_);
+  }
 }
 
-/// The paths in the unmatched queue have been compared with the current path as it was when they
-/// were taken up; they are worth a look only after it has changed.
+void engine::file_current() {
+  const std::uint32_t n_points = store_.paths[current_].n_points;
+  index_.set_rank(current_, next_rank(n_points));
+  strata_.of(n_points).add_after_last(current_);
+  if (n_points < n_) {
+    point_index point = store_.paths[current_].cursor;
+    for (std::uint32_t i = 0; i < n_points; ++i, point = store_.points[point].next) {
+      tell_neighbours(point);
+    }
+  }
+  current_ = no_path;
+}
+
 std::optional<engine::partner> engine::find_partner() {
-  for (std::uint32_t n = strata::min_points; n <= n_; ++n) {
-    if (auto found = find_partner_in(strata_.of(n))) return found;
-  }
-  return merged_ ? find_partner_in(unmatched_) : std::nullopt;
+  return store_.paths[current_].n_points < sizes_.large_path ? find_partner_of_small()
+                                                             : find_partner_of_large();
 }
 
-std::optional<engine::partner> engine::find_partner_in(ps_path_queue& queue) {
-  for (path_index path = queue.first(); path != no_path; path = store_.paths[path].next_path) {
-    const shared_edge edge = compare_postscript_paths(store_, current_, path);
-    if (edge != shared_edge::none) return partner{&queue, path, edge};
+std::optional<engine::partner> engine::find_partner_of_small() {
+  std::optional<partner> found;
+  rank best = first_rank(n_ + 1);
+  const ps_path& path = store_.paths[current_];
+  edge e = path.cursor;
+  for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
+    const auto neighbour = index_.first_neighbour(e);
+    if (!neighbour || neighbour->order >= best) continue;
+    best = neighbour->order;
+    found = partner{index_.owner(neighbour->at), e};
   }
-  return std::nullopt;
+  return found;
+}
+
+std::optional<engine::partner> engine::find_partner_of_large() {
+  ordered_edges& ordered = order_edges(current_);
+  std::optional<ranked_edge> best;
+  while (!best && !ordered.by_rank.empty()) {
+    const ranked_edge top = ordered.by_rank.top();
+    const bool is_own =
+        index_.contains(top.at) && index_.owner(top.at) == current_ && !index_.is_crowded(top.at);
+    const auto neighbour = is_own ? index_.first_neighbour(top.at) : std::nullopt;
+    if (!neighbour) {
+      ordered.by_rank.pop();
+    } else if (neighbour->order != top.order) {
+      ordered.by_rank.change_top(neighbour->order);
+    } else {
+      best = neighbour;
+    }
+  }
+  note_new_crowds();
+  std::erase_if(ordered.crowded, [this](edge e) {
+    return !index_.contains(e) || index_.owner(e) != current_ || !index_.is_crowded(e);
+  });
+  for (const edge e : ordered.crowded) {
+    const auto neighbour = index_.first_neighbour(e);
+    if (neighbour && (!best || neighbour->order < best->order)) best = neighbour;
+  }
+  if (!best || best->order >= first_rank(n_ + 1)) return std::nullopt;
+  const path_index path = index_.owner(best->at);
+  return partner{path, first_shared_edge(path)};
+}
+
+/// The first edge of the current path, from its cursor on, that lies like any of the partner.
+edge engine::first_shared_edge(path_index partner_path) {
+  std::vector<edge> shared;
+  const ps_path& path = store_.paths[partner_path];
+  edge e = path.cursor;
+  for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
+    const auto add_own = [&](edge alike) {
+      if (index_.owner(alike) == current_) shared.push_back(alike);
+    };
+    if (!index_.is_crowded(e)) {
+      index_.for_each_alike(e, add_own);
+      continue;
+    }
+    for (const edge own : large_.at(current_).crowded) {
+      if (index_.lie_alike(own, e)) shared.push_back(own);
+    }
+  }
+  return first_from(store_.paths[current_].cursor, std::move(shared));
+}
+
+/// Which of some edges of one ring comes first from a point on. Walks back from all of them in
+/// step: whoever meets another edge is not the first, whoever meets the start is. So it takes no
+/// longer than the second longest gap between them, usually none: they lie side by side.
+edge engine::first_from(point_index start, std::vector<edge> edges) const {
+  struct runner {
+    edge from;
+    point_index at;
+  };
+  std::ranges::sort(edges);
+  const auto repeated = std::ranges::unique(edges);
+  edges.erase(repeated.begin(), repeated.end());
+  std::vector<runner> runners;
+  for (const edge e : edges) runners.push_back({e, e});
+  while (runners.size() > 1) {
+    for (const runner& r : runners) {
+      if (r.at == start) return r.from;
+    }
+    std::erase_if(runners, [&](runner& r) {
+      r.at = store_.points[r.at].prev;
+      return std::ranges::binary_search(edges, r.at);
+    });
+  }
+  return runners.front().from;
 }
 
 void engine::merge(const partner& found) {
-  found.queue->remove_this_path(found.path);
-  if (found.edge == shared_edge::same_direction) {
-    reverse(store_, found.path);
-    step_back(store_, found.path);
+  const path_index b = found.path;
+  ps_path& path = store_.paths[current_];
+  ps_path& other = store_.paths[b];
+  strata_.of(other.n_points).remove_this_path(b);
+
+  path.cursor = found.at;
+  other.cursor = partner_edge(b, found.at);
+  const std::vector<ps_point>& points = store_.points;
+  const bool same_direction =
+      points[path.cursor].same_place(points[other.cursor]) &&
+      points[points[path.cursor].next].same_place(points[points[other.cursor].next]);
+  assert(is_sound(store_, b) && b != current_);
+  if (same_direction) reverse(store_, b);
+  assert(is_sound(store_, b));
+
+  index_.remove_pair(path.cursor, other.cursor);
+  for (point_index p = points[other.cursor].next; p != other.cursor; p = points[p].next) {
+    index_.set_owner(p, current_);
   }
-  merge_postscript_paths(store_, current_, found.path);
-  remove_superfluous_points_v2(store_, current_);
-  const std::uint32_t n_points = store_.paths[current_].n_points;
-  if (n_points < strata::min_points) {
+  list_suspects(b);
+  const edge first_of_b = points[other.cursor].next;
+  const edge last_of_b = points[other.cursor].prev;
+  merge_postscript_paths(store_, current_, b);
+  large_.erase(b);
+  if (const auto large = large_.find(current_); large != large_.end()) {
+    for (edge e = first_of_b;; e = points[e].next) {
+      order_edge(large->second, e);
+      if (e == last_of_b) break;
+    }
+  }
+
+  cleanup_.run(current_, suspects_);
+  if (path.n_points < strata::min_points) {
     console_.put("trellion: fatal error --- collapsed path!").put(nl);
     throw early_end{};
   }
+  assert(is_sound(store_, current_));
+  index_changed_edges();
   ++merges_;
-  merged_ = true;
-  if (n_points > n_) {
-    strata_.of(n_points).add_after_last(current_);
-    current_ = no_path;
+  if (path.n_points > n_) file_current();
+}
+
+/// The first edge of the partner, from its cursor on, that lies like the given one.
+edge engine::partner_edge(path_index partner_path, edge at) const {
+  edge e = store_.paths[partner_path].cursor;
+  while (!index_.lie_alike(e, at)) e = store_.points[e].next;
+  return e;
+}
+
+/// The points that a merger along the cursors makes suspect, in the order of the joined ring from
+/// its cursor on: those next to the two seams, and those left untested before.
+void engine::list_suspects(path_index partner_path) {
+  suspects_.clear();
+  for (const path_index path : {current_, partner_path}) {
+    const ps_path& p = store_.paths[path];
+    const auto [coords, first, last] = store_.points[p.cursor];
+    suspects_.push_back(first);
+    if (p.untested != no_point && p.untested != first && p.untested != last &&
+        p.untested != p.cursor) {
+      suspects_.push_back(p.untested);
+    }
+    suspects_.push_back(last);
   }
 }
 
-void engine::file_unmerged() {
-  const std::uint32_t n_points = store_.paths[current_].n_points;
-  (n_points == n_ ? unmatched_ : strata_.of(n_points)).add_after_last(current_);
-  current_ = no_path;
+void engine::index_changed_edges() {
+  const auto large = large_.find(current_);
+  for (const edge e : cleanup_.changed_edges()) {
+    index_.add(e);
+    tell_neighbours(e);
+    if (large != large_.end()) order_edge(large->second, e);
+  }
+}
+
+/// The ordered edges of the current path, made when it has none yet.
+ordered_edges& engine::order_edges(path_index path) {
+  const auto [found, added] = large_.try_emplace(path);
+  if (added) {
+    edge e = store_.paths[path].cursor;
+    for (std::uint32_t i = 0; i < store_.paths[path].n_points; ++i, e = store_.points[e].next) {
+      order_edge(found->second, e);
+    }
+  }
+  return found->second;
+}
+
+void engine::order_edge(ordered_edges& ordered, edge e) {
+  const auto neighbour = index_.first_neighbour(e);
+  if (index_.is_crowded(e)) {
+    ordered.crowded.push_back(e);
+  } else if (neighbour) {
+    ordered.by_rank.push({neighbour->order, e});
+  }
+}
+
+/// Lets the large paths beside an edge of the current path know that it is there, or that its rank
+/// has become smaller. While the path is current its rank is that of its last filing, which is less
+/// than that of the next, or it will be told again.
+void engine::tell_neighbours(edge e) {
+  if (index_.is_crowded(e)) {
+    index_.announce_to_crowd(e);
+    return;
+  }
+  if (large_.empty()) return;
+  index_.for_each_alike(e, [&](edge alike) {
+    const auto large = large_.find(index_.owner(alike));
+    if (large == large_.end()) return;
+    large->second.by_rank.push({index_.rank_of(index_.owner(e)), alike});
+  });
+}
+
+/// An edge of a large path that has become crowded is no longer kept in order by its heap.
+void engine::note_new_crowds() {
+  for (const edge e : index_.take_newly_crowded()) {
+    const auto large = large_.find(index_.owner(e));
+    if (large != large_.end()) large->second.crowded.push_back(e);
+  }
 }
 
 }  // namespace
 
-void v3_process(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console) {
-  engine(store, strata, console).process(merge_limit);
+void v3_process(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
+                const engine_sizes& sizes) {
+  engine(store, strata, console, sizes).process(merge_limit);
 }
 
 }  // namespace trellion

@@ -65,11 +65,10 @@ TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
 
 TEST(path_ring, runs_the_other_way_after_reverse) {
   path_store store;
-  const path_index path = path_of("1 1 2 2 3 3", store);
+  const path_index path = path_of("1 1 2 2 3 3 4 4", store);
+  // The cursor's edge, from 4 to 1, is the same edge afterwards, from 1 to 4.
   reverse(store, path);
-  EXPECT_EQ(written(store, path), "3 3 m\n2 2 l 1 1 l \nh f\n");
-  step_back(store, path);
-  EXPECT_EQ(written(store, path), "2 2 m\n1 1 l 3 3 l \nh f\n");
+  EXPECT_EQ(written(store, path), "1 1 m\n4 4 l 3 3 l 2 2 l \nh f\n");
 }
 
 TEST(superfluous_points, are_coinciding_collinear_and_spikes) {
@@ -97,31 +96,14 @@ TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zer
   EXPECT_FALSE(is_superfluous(at(0, 0), at(far, 0), at(far, far + 1)));
 }
 
-TEST(path_merge, joins_rings_along_the_shared_edge) {
+TEST(path_merge, joins_rings_along_their_cursor_edges) {
   path_store store;
-  const path_index a = path_of("0 0 1 0 1 1 0 1", store);
-  const path_index b = path_of("1 0 2 0 2 1 1.0 1", store);
-  ASSERT_EQ(compare_postscript_paths(store, a, b), shared_edge::opposite_direction);
+  const path_index a = path_of("1 1 0 1 0 0 1 0", store);    // from (1 0) to (1 1)
+  const path_index b = path_of("1.0 0 2 0 2 1 1 1", store);  // from (1 1) to (1 0)
   merge_postscript_paths(store, a, b);
   EXPECT_EQ(store.paths[a].n_points, 6U);
   EXPECT_EQ(store.paths[a].x_max, 2000);
-  EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1 0 l 2 0 l 2 1 l\nh f\n");
-}
-
-TEST(path_comparison, tells_directions_and_leaves_strangers_alone) {
-  path_store store;
-  const path_index a = path_of("0 0 1 0 1 1 0 1", store);
-  const path_index backward = path_of("1 1 2 1 2 0 1 0", store);
-  EXPECT_EQ(compare_postscript_paths(store, backward, a), shared_edge::same_direction);
-  reverse(store, backward);
-  EXPECT_EQ(compare_postscript_paths(store, a, backward), shared_edge::opposite_direction);
-
-  const path_index corner = path_of("1 1 2 1 2 2 1 2", store);
-  const path_index far = path_of("5 5 6 5 6 6", store);
-  const point_index before = store.paths[a].cursor;
-  EXPECT_EQ(compare_postscript_paths(store, a, corner), shared_edge::none);
-  EXPECT_EQ(compare_postscript_paths(store, a, far), shared_edge::none);
-  EXPECT_EQ(store.paths[a].cursor, before);
+  EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1.0 0 l 2 0 l 2 1 l\nh f\n");
 }
 
 }  // namespace

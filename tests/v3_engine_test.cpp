@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
+#include "plain_engine.h"
 #include "support.h"
 
 namespace trellion::testing {
@@ -12,10 +14,13 @@ namespace {
 struct result {
   std::string console;
   std::string paths;
+
+  bool operator==(const result&) const = default;
 };
 
-/// Merges the polygons, 4 points each, of a text.
-result merged(const std::string& text, std::int32_t merge_limit = 0) {
+/// Runs an engine, called with store, strata and console, on the polygons of a text.
+template <class Engine>
+result run(const std::string& text, Engine engine) {
   path_store store;
   captured_text ignored;
   captured_text console;
@@ -24,10 +29,26 @@ result merged(const std::string& text, std::int32_t merge_limit = 0) {
   const token_range all{token_list(text), token_list(std::string_view(text).substr(text.size()))};
   ps_path_queue queue = tokens_to_ps_path_queue(all, operators.end_polygon_token, store, ignored);
   strata strata = stratify(store, queue);
-  v3_process(store, strata, merge_limit, console);
-  gather(strata, queue, ignored);
+  try {
+    engine(store, strata, console);
+  } catch (const early_end&) {
+    return {console.text(), ""};
+  }
+  gather(strata, queue, console);
   queue.output(operators, paths);
   return {console.text(), paths.text()};
+}
+
+result merged(const std::string& text, std::int32_t merge_limit = 0, engine_sizes sizes = {}) {
+  return run(text, [&](path_store& store, strata& strata, text_writer& console) {
+    v3_process(store, strata, merge_limit, console, sizes);
+  });
+}
+
+result plainly_merged(const std::string& text, std::int32_t merge_limit = 0) {
+  return run(text, [&](path_store& store, strata& strata, text_writer& console) {
+    plain_process(store, strata, merge_limit, console);
+  });
 }
 
 polygon square(int x, int y) { return {{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}}; }
@@ -40,13 +61,15 @@ std::string progress(int merges) {
 TEST(engine, repeats_the_progress_line_while_the_count_stays_on_a_hundred) {
   // Three squares that touch nothing: one round each, and one in which the strata run out.
   EXPECT_EQ(merged(to_postscript({square(0, 0), square(5, 5), square(9, 9)})).console,
-            "  Processing \n" + progress(0) + progress(0) + progress(0) + progress(0));
+            "  Processing \n" + progress(0) + progress(0) + progress(0) + progress(0) +
+                "  Gathering ...       12 points in        3 paths.\n");
 
   // A row of 101 squares merges from left to right; the two rounds without a partner follow.
   std::vector<polygon> row;
   for (int x = 0; x <= 100; ++x) row.push_back(square(x, 0));
   const result all = merged(to_postscript(row));
-  EXPECT_EQ(all.console, "  Processing \n" + progress(0) + progress(100) + progress(100));
+  EXPECT_EQ(all.console, "  Processing \n" + progress(0) + progress(100) + progress(100) +
+                             "  Gathering ...        4 points in        1 paths.\n");
   EXPECT_EQ(std::count(all.paths.begin(), all.paths.end(), 'h'), 1);
 }
 
@@ -60,7 +83,99 @@ TEST(engine, takes_up_no_path_beyond_the_merge_limit) {
 }
 
 TEST(engine, ends_the_run_when_polygons_cancel_out) {
-  EXPECT_THROW(merged(to_postscript({square(0, 0), square(0, 0)})), early_end);
+  const result nothing = merged(to_postscript({square(0, 0), square(0, 0)}));
+  EXPECT_EQ(nothing.console,
+            "  Processing \n" + progress(0) + "trellion: fatal error --- collapsed path!\n");
+}
+
+/// Groups that are hard on the engine, small enough for the plain one.
+class hard_groups {
+ public:
+  explicit hard_groups(unsigned seed) : random_(seed) {}
+
+  /// Polygons on a few grid points: duplicates, spikes, crossings, everything shared.
+  std::vector<polygon> soup() {
+    std::vector<polygon> group(between(2, 30));
+    const int width = between(2, 6);
+    for (polygon& p : group) {
+      p.resize(static_cast<std::size_t>(between(3, 8)));
+      for (vertex& v : p) v = {between(0, width), between(0, width)};
+    }
+    return group;
+  }
+
+  /// A mesh with T-junctions, some of its polygons twice or more.
+  std::vector<polygon> mesh() {
+    std::vector<polygon> group =
+        random_mesh(static_cast<unsigned>(random_()), between(2, 9), between(2, 9));
+    for (int i = between(0, 3); i > 0; --i) group.push_back(group[random_() % group.size()]);
+    return group;
+  }
+
+  /// Combs whose notches are filled and whose teeth carry bumps, back to back.
+  std::vector<polygon> combs() {
+    std::vector<polygon> group;
+    for (const int side : {1, -1}) {
+      const int teeth = between(3, 40);
+      polygon outline = {{2 * teeth, 0}, {0, 0}};
+      for (int i = 0; i <= 2 * teeth; ++i) {
+        outline.push_back({i, side * (10 + i % 2 * 5)});
+        if (i < 2) continue;
+        const vertex tip = {i - 1, side * (10 + (i - 1) % 2 * 5)};
+        const vertex left = {i - 2, side * (10 + i % 2 * 5)};
+        const vertex right = {i, left[1]};
+        if (between(0, 2) > 0) group.push_back({left, tip, right});
+        if (between(0, 2) == 0) group.push_back({tip, right, {i, side * (20 + i % 7)}});
+      }
+      group.push_back(outline);
+    }
+    return group;
+  }
+
+  /// Polygons that all share one edge, and some that share others with them.
+  std::vector<polygon> book() {
+    std::vector<polygon> group;
+    for (int i = between(3, 40); i > 0; --i) {
+      group.push_back({{0, 0}, {10, 0}, {between(0, 20), i}});
+      if (between(0, 1) == 0) group.back().push_back({between(-9, -1), between(1, 9)});
+    }
+    return group;
+  }
+
+  /// In random order, each from a random vertex on, some of them backwards.
+  std::string shuffled(std::vector<polygon> group) {
+    std::ranges::shuffle(group, random_);
+    const bool one_sense = between(0, 1) == 0;
+    for (polygon& p : group) {
+      std::ranges::rotate(p, p.begin() + between(0, static_cast<int>(p.size()) - 1));
+      if (!one_sense && between(0, 1) == 0) std::ranges::reverse(p);
+    }
+    return to_postscript(group);
+  }
+
+  int between(int low, int high) {
+    return low + static_cast<int>(random_() % static_cast<unsigned>(high - low + 1));
+  }
+
+ private:
+  std::mt19937 random_;
+};
+
+TEST(engine, agrees_with_the_plain_one) {
+  for (unsigned seed = 0; seed < 2000; ++seed) {
+    hard_groups groups(seed);
+    const std::vector<polygon> group = seed % 4 == 0   ? groups.soup()
+                                       : seed % 4 == 1 ? groups.mesh()
+                                       : seed % 4 == 2 ? groups.combs()
+                                                       : groups.book();
+    const std::string text = groups.shuffled(group);
+    const int limit = groups.between(0, 1) == 0 ? 0 : groups.between(3, 8);
+    const result expected = plainly_merged(text, limit);
+    // Small sizes put the structures for large paths and crowds to work on small groups.
+    for (const engine_sizes sizes : {engine_sizes{}, {3, 64}, {64, 2}, {4, 3}}) {
+      ASSERT_EQ(merged(text, limit, sizes), expected) << "seed " << seed << ":\n" << text;
+    }
+  }
 }
 
 }  // namespace

@@ -1,0 +1,63 @@
+#include "cleanup.h"
+
+#include <cassert>
+
+namespace trellion {
+
+void cleanup::run(path_index path, const std::vector<point_index>& suspects) {
+  const std::vector<ps_point>& points = store_.points;
+  ps_path& p = store_.paths[path];
+  suspects_ = suspects;
+  changed_.clear();
+  std::size_t first = 1;  // suspects_[first .. last) are ahead of the cursor
+  std::size_t last = suspects_.size();
+  point_index stop = suspects_.back();
+  bool finished = false;
+  bool is_suspect = true;
+  p.untested = no_point;
+  while (true) {
+    const auto [coords, after, before] = points[p.cursor];
+    if (is_suspect && is_superfluous(points[before], points[p.cursor], points[after])) {
+      remove_point(p.cursor);
+      p.cursor = before;
+      p.untested = after;
+      if (--p.n_points == 0) return;
+      // The slot of the suspect that the cursor was, or came from, is free for the one after it.
+      const bool known = first < last && suspects_[first] == after;
+      if (!finished && !known) {
+        assert(first > 0);
+        suspects_[--first] = after;
+      }
+      if (before == stop) {
+        if (first < last && suspects_[last - 1] == before) --last;
+        stop = points[before].prev;
+      }
+    } else {
+      if (p.cursor == p.untested) p.untested = no_point;
+      if (finished) return;
+      is_suspect = first < last;
+      p.cursor = is_suspect ? suspects_[first++] : stop;
+    }
+    if (p.cursor == stop) finished = true;
+  }
+}
+
+/// Takes a point out of its ring. Its edge goes, and that of the point before it gets another end.
+void cleanup::remove_point(point_index point) {
+  const auto [coords, after, before] = store_.points[point];
+  const bool is_new_change = index_.contains(before);
+  if (index_.contains(point)) {
+    index_.remove(point);
+  } else {
+    assert(!changed_.empty() && changed_.back() == point);
+    changed_.pop_back();
+  }
+  if (is_new_change && before != point) {
+    index_.remove(before);
+    changed_.push_back(before);
+  }
+  store_.points[before].next = after;
+  store_.points[after].prev = before;
+}
+
+}  // namespace trellion

@@ -1,0 +1,245 @@
+#include "edge_index.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace trellion {
+namespace {
+
+constexpr auto later = [](const ranked_edge& a, const ranked_edge& b) { return a.order > b.order; };
+
+std::uint64_t packed(const ps_point& p) {
+  return std::uint64_t{static_cast<std::uint32_t>(p.coords[0])} << 32 |
+         static_cast<std::uint32_t>(p.coords[1]);
+}
+
+}  // namespace
+
+void lazy_heap::push(ranked_edge entry) {
+  entries_.push_back(entry);
+  std::ranges::push_heap(entries_, later);
+}
+
+void lazy_heap::pop() {
+  std::ranges::pop_heap(entries_, later);
+  entries_.pop_back();
+}
+
+void lazy_heap::change_top(rank order) {
+  std::ranges::pop_heap(entries_, later);
+  entries_.back().order = order;
+  std::ranges::push_heap(entries_, later);
+}
+
+edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
+    : store_(store),
+      crowd_size_(crowd_size),
+      links_(store.points.size()),
+      ranks_(store.paths.size()) {
+  if (store.paths.size() > owner_mask) throw run_error("a group has too many polygons");
+  resize_table(store.points.size() + store.points.size() / 2);
+}
+
+void edge_index::add_path(path_index path, rank order) {
+  // The table is larger than the caches: the slots of some edges ahead are fetched early.
+  constexpr std::size_t ahead = 16;
+  std::array<std::uint64_t, ahead> hashes{};
+  const ps_path& p = store_.paths[path];
+  ranks_[path] = order;
+  edge fetched = p.cursor;
+  edge added = p.cursor;
+  for (std::size_t i = 0; i < p.n_points + ahead; ++i) {
+    std::uint64_t& h = hashes[i % ahead];
+    if (i >= ahead) {
+      set_owner(added, path);
+      add_hashed(added, h);
+      added = store_.points[added].next;
+    }
+    if (i < p.n_points) {
+      h = hash(fetched);
+      __builtin_prefetch(&slots_[first_slot(h)]);
+      fetched = store_.points[fetched].next;
+    }
+  }
+}
+
+bool edge_index::lie_alike(edge a, edge b) const {
+  const ps_point& a0 = store_.points[a];
+  const ps_point& a1 = store_.points[a0.next];
+  const ps_point& b0 = store_.points[b];
+  const ps_point& b1 = store_.points[b0.next];
+  return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
+}
+
+/// The same for both directions of an edge; the high bits choose the slot.
+std::uint64_t edge_index::hash(edge e) const {
+  const ps_point& p = store_.points[e];
+  const std::uint64_t a = packed(p);
+  const std::uint64_t b = packed(store_.points[p.next]);
+  std::uint64_t h = std::min(a, b) * 0x9e3779b97f4a7c15 + std::max(a, b) * 0xc2b2ae3d27d4eb4f;
+  h ^= h >> 32;
+  return h * 0xd6e8feb86659fd93;
+}
+
+void edge_index::add(edge e) { add_hashed(e, hash(e)); }
+
+void edge_index::add_hashed(edge e, std::uint64_t hash) {
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t free_slot = slots_.size();
+  std::size_t i = first_slot(hash);
+  for (; slots_[i] != no_point; i = (i + 1) & mask) {
+    if (!is_live_head(slots_[i])) {
+      free_slot = std::min(free_slot, i);
+    } else if (lie_alike(slots_[i], e)) {
+      join(e, slots_[i]);
+      return;
+    }
+  }
+  links_[e].indexed = true;
+  links_[e].next_alike = e;
+  links_[e].head = true;
+  links_[e].crowded = false;
+  if (free_slot < slots_.size()) {
+    slots_[free_slot] = e;
+    return;
+  }
+  slots_[i] = e;
+  if (++used_slots_ > slots_.size() / 4 * 3) resize_table(slots_.size());
+}
+
+void edge_index::join(edge e, edge head) {
+  links_[e].indexed = true;
+  links_[e].head = false;
+  links_[e].crowded = links_[head].crowded;
+  if (links_[head].crowded) {
+    crowd_of_[e] = crowd_of_.at(head);
+    announce_to_crowd(e);
+  } else {
+    links_[e].next_alike = std::exchange(links_[head].next_alike, e);
+  }
+}
+
+void edge_index::remove(edge e) {
+  if (links_[e].crowded) {
+    remove_from_crowd(e);
+    return;
+  }
+  const edge next = links_[e].next_alike;
+  if (next != e) {
+    edge before = next;
+    while (links_[before].next_alike != e) before = links_[before].next_alike;
+    links_[before].next_alike = next;
+    if (links_[e].head) replace_head(e, next);
+  }
+  links_[e].indexed = false;
+}
+
+void edge_index::remove_pair(edge a, edge b) {
+  const bool whole_bundle =
+      !links_[a].crowded && links_[a].next_alike == b && links_[b].next_alike == a;
+  if (whole_bundle) {
+    links_[a].indexed = false;
+    links_[b].indexed = false;
+  } else {
+    remove(a);
+    remove(b);
+  }
+}
+
+void edge_index::replace_head(edge old_head, edge new_head) {
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t i = first_slot(hash(old_head));
+  while (slots_[i] != old_head) i = (i + 1) & mask;
+  slots_[i] = new_head;
+  links_[old_head].head = false;
+  links_[new_head].head = true;
+}
+
+/// Makes a table of at least so many slots and puts the heads of the old one into it.
+void edge_index::resize_table(std::size_t least_slots) {
+  const std::size_t size = std::bit_ceil(std::max<std::size_t>(least_slots, 16));
+  const std::vector<edge> old_slots = std::exchange(slots_, std::vector<edge>(size, no_point));
+  shift_ = 64 - std::countr_zero(size);
+  used_slots_ = 0;
+  for (const edge e : old_slots) {
+    if (e == no_point || !is_live_head(e)) continue;
+    std::size_t i = first_slot(hash(e));
+    while (slots_[i] != no_point && slots_[i] != e) i = (i + 1) & (size - 1);
+    if (slots_[i] == no_point) ++used_slots_;
+    slots_[i] = e;
+  }
+}
+
+std::optional<ranked_edge> edge_index::first_neighbour(edge e) {
+  if (links_[e].crowded) return first_neighbour_in_crowd(e);
+  std::optional<ranked_edge> first;
+  std::uint32_t bundle_size = 1;
+  const path_index own = owner(e);
+  for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) {
+    if (++bundle_size > crowd_size_) {
+      make_crowd(e);
+      return first_neighbour_in_crowd(e);
+    }
+    if (owner(other) == own) continue;
+    const rank order = ranks_[owner(other)];
+    if (!first || order < first->order) first = {order, other};
+  }
+  return first;
+}
+
+void edge_index::make_crowd(edge member) {
+  lazy_heap& crowd = crowds_.emplace_back();
+  const auto admit = [&](edge e) {
+    links_[e].crowded = true;
+    crowd_of_[e] = crowds_.size() - 1;
+    crowd.push({ranks_[owner(e)], e});
+    newly_crowded_.push_back(e);
+  };
+  for_each_alike(member, admit);
+  admit(member);
+}
+
+void edge_index::announce_to_crowd(edge e) { crowds_[crowd_of_.at(e)].push({ranks_[owner(e)], e}); }
+
+bool edge_index::is_member(edge e, std::size_t crowd) const {
+  const auto found = crowd_of_.find(e);
+  return found != crowd_of_.end() && found->second == crowd;
+}
+
+/// The member's entries stay in the heap; they are dropped when they come to the top.
+void edge_index::remove_from_crowd(edge e) {
+  const std::size_t id = crowd_of_.at(e);
+  lazy_heap& crowd = crowds_[id];
+  crowd_of_.erase(e);
+  links_[e].crowded = false;
+  links_[e].indexed = false;
+  if (!links_[e].head) return;
+  while (!crowd.empty() && !is_member(crowd.top().at, id)) crowd.pop();
+  if (!crowd.empty()) replace_head(e, crowd.top().at);
+}
+
+std::optional<ranked_edge> edge_index::first_neighbour_in_crowd(edge e) {
+  const std::size_t id = crowd_of_.at(e);
+  lazy_heap& crowd = crowds_[id];
+  std::vector<ranked_edge> own;
+  std::optional<ranked_edge> first;
+  while (!first && !crowd.empty()) {
+    const ranked_edge top = crowd.top();
+    const rank order = ranks_[owner(top.at)];
+    if (!is_member(top.at, id)) {
+      crowd.pop();
+    } else if (owner(top.at) == owner(e)) {
+      own.push_back(top);
+      crowd.pop();
+    } else if (order != top.order) {
+      crowd.change_top(order);
+    } else {
+      first = top;
+    }
+  }
+  for (const ranked_edge& entry : own) crowd.push(entry);
+  return first;
+}
+
+}  // namespace trellion

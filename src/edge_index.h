@@ -1,0 +1,130 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "postscript_path.h"
+
+namespace trellion {
+
+/// An edge is named by the point that it starts at.
+using edge = point_index;
+
+/// The place of a path in the order in which partners are looked for: the number of points that it
+/// was filed under, then a running number. Smaller comes first.
+using rank = std::uint64_t;
+
+/// An edge with the rank of the path that owns it, or that it leads to.
+struct ranked_edge {
+  rank order;
+  edge at;
+};
+
+/// A heap of ranked edges, the smallest rank on top, whose ranks may have become too small since
+/// they were pushed. Whoever looks at the top brings it up to date.
+class lazy_heap {
+ public:
+  void push(ranked_edge entry);
+  void pop();
+  /// Gives the top entry another rank.
+  void change_top(rank order);
+  [[nodiscard]] bool empty() const { return entries_.empty(); }
+  [[nodiscard]] ranked_edge top() const { return entries_.front(); }
+
+ private:
+  std::vector<ranked_edge> entries_;
+};
+
+/// Knows which edges of different paths lie between the same two points, whatever their directions.
+///
+/// Edges that lie alike form a bundle: a ring of links through the edges themselves, so that the
+/// partners of an edge are found without a look-up. A hash table leads from two points to one edge
+/// of the bundle, its head; only adding an edge, and removing the head of a bundle that lives on,
+/// touch it. A bundle of many edges becomes a crowd, which keeps its edges in a heap by rank
+/// instead.
+///
+/// 1. Every bundle that is not empty has one head, and a slot of the table, reachable from the hash
+///    of its two points, that holds the head.
+/// 2. Slots of removed edges stay behind. They are no heads, so they match nothing, and are used
+///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
+///    bundle in the meantime does no harm: what it holds is compared with what is looked for.
+/// 3. In a crowd's heap every edge of the crowd has an entry of its path's rank or less.
+class edge_index {
+ public:
+  /// Makes room for the edges of the store, which must outlive the index, and indexes none.
+  /// Bundles of more than `crowd_size` edges become crowds.
+  edge_index(const path_store& store, std::uint32_t crowd_size);
+
+  /// Indexes all edges of a path.
+  void add_path(path_index path, rank order);
+  /// Gives a path that is filed again its rank.
+  void set_rank(path_index path, rank order) { ranks_[path] = order; }
+  /// Makes an edge belong to another path.
+  void set_owner(edge e, path_index path) { links_[e].owner = path & owner_mask; }
+
+  /// Indexes an edge, where its two points are now. It must not be indexed.
+  void add(edge e);
+  /// Removes an edge from the index; its points must be where they were when it was added.
+  void remove(edge e);
+  /// Removes two edges that lie alike.
+  void remove_pair(edge a, edge b);
+
+  [[nodiscard]] bool contains(edge e) const { return links_[e].indexed; }
+  [[nodiscard]] bool is_crowded(edge e) const { return links_[e].crowded; }
+  [[nodiscard]] path_index owner(edge e) const { return links_[e].owner; }
+  [[nodiscard]] rank rank_of(path_index path) const { return ranks_[path]; }
+  [[nodiscard]] bool lie_alike(edge a, edge b) const;
+
+  /// An edge that lies like e and belongs to another path, the first of those paths in rank.
+  [[nodiscard]] std::optional<ranked_edge> first_neighbour(edge e);
+
+  /// Calls f with every other edge that lies like e, which must not be crowded.
+  template <class F>
+  void for_each_alike(edge e, F f) const {
+    for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) f(other);
+  }
+
+  /// Tells the crowd of an edge that the rank of the edge's path has become smaller.
+  void announce_to_crowd(edge e);
+  /// The edges that have become crowded since the last call.
+  std::vector<edge> take_newly_crowded() { return std::exchange(newly_crowded_, {}); }
+
+ private:
+  static constexpr std::uint32_t owner_mask = (std::uint32_t{1} << 29) - 1;
+
+  struct link {
+    edge next_alike;
+    std::uint32_t owner : 29;
+    bool indexed : 1;
+    bool head : 1;
+    bool crowded : 1;
+  };
+
+  [[nodiscard]] std::uint64_t hash(edge e) const;
+  [[nodiscard]] std::size_t first_slot(std::uint64_t hash) const { return hash >> shift_; }
+  [[nodiscard]] bool is_live_head(edge e) const { return links_[e].indexed && links_[e].head; }
+  void add_hashed(edge e, std::uint64_t hash);
+  void join(edge e, edge head);
+  void replace_head(edge old_head, edge new_head);
+  void resize_table(std::size_t least_slots);
+  void make_crowd(edge member);
+  [[nodiscard]] bool is_member(edge e, std::size_t crowd) const;
+  void remove_from_crowd(edge e);
+  std::optional<ranked_edge> first_neighbour_in_crowd(edge e);
+
+  const path_store& store_;
+  std::uint32_t crowd_size_;
+  std::vector<link> links_;  // by edge
+  std::vector<rank> ranks_;  // by path
+  std::vector<edge> slots_;  // no_point where nothing was ever put
+  std::size_t used_slots_ = 0;
+  int shift_ = 0;
+  std::vector<lazy_heap> crowds_;
+  std::unordered_map<edge, std::size_t> crowd_of_;
+  std::vector<edge> newly_crowded_;
+};
+
+}  // namespace trellion
