@@ -14,7 +14,13 @@ need() {
   done
   [ ${#missing[@]} -eq 0 ] && return
   local as_root=()
-  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null 2>&1; then
+      echo "Missing: ${missing[*]}. As root: apt-get install ${missing[*]}" >&2
+      exit 1
+    fi
+    as_root=(sudo)
+  fi
   echo "Installing ${missing[*]}" >&2
   {
     "${as_root[@]}" apt-get update &&

@@ -4,10 +4,22 @@
 
 namespace trellion {
 
-void cleanup::run(path_index path, const std::vector<point_index>& suspects) {
+/// The joined ring begins behind the edge of a that goes, and that of b lies where it ends.
+void cleanup::note_suspects(path_index a, path_index b) {
+  suspects_.clear();
+  for (const path_index path : {a, b}) {
+    const ps_path& p = store_.paths[path];
+    const auto [coords, first, last] = store_.points[p.cursor];
+    suspects_.push_back(first);
+    const bool new_one = p.untested != first && p.untested != last && p.untested != p.cursor;
+    if (p.untested != no_point && new_one) suspects_.push_back(p.untested);
+    suspects_.push_back(last);
+  }
+}
+
+void cleanup::run(path_index path) {
   const std::vector<ps_point>& points = store_.points;
   ps_path& p = store_.paths[path];
-  suspects_ = suspects;
   changed_.clear();
   std::size_t first = 1;  // suspects_[first .. last) are ahead of the cursor
   std::size_t last = suspects_.size();

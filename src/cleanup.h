@@ -22,10 +22,11 @@ class cleanup {
  public:
   cleanup(path_store& store, edge_index& index) : store_(store), index_(index) {}
 
-  /// The walk of `path` from its cursor, which must be the first suspect; the suspects are given in
-  /// the order of the ring, the point before the cursor the last of them. The edges of removed
-  /// points are taken out of the index.
-  void run(path_index path, const std::vector<point_index>& suspects);
+  /// Notes what becomes suspect by joining b into a along their cursors, before that is done.
+  void note_suspects(path_index a, path_index b);
+  /// The walk of the joined path from its cursor. The edges of removed points are taken out of the
+  /// index.
+  void run(path_index path);
 
   /// The edges that have got another end by the last run. They are not in the index.
   [[nodiscard]] const std::vector<edge>& changed_edges() const { return changed_; }
@@ -35,8 +36,8 @@ class cleanup {
 
   path_store& store_;
   edge_index& index_;
-  std::vector<point_index> suspects_;
-  std::vector<edge> changed_;  // those behind the walk, in the order of the ring
+  std::vector<point_index> suspects_;  // in the order of the ring, from the cursor on
+  std::vector<edge> changed_;          // those behind the walk, in the order of the ring
 };
 
 }  // namespace trellion

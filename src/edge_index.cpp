@@ -1,7 +1,6 @@
 #include "edge_index.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 
 namespace trellion {
@@ -41,27 +40,29 @@ edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
   resize_table(store.points.size() + store.points.size() / 2);
 }
 
+/// The table is larger than the caches. So an edge is staged first, while its slot is fetched, and
+/// added when a number of others have been staged after it.
 void edge_index::add_path(path_index path, rank order) {
-  // The table is larger than the caches: the slots of some edges ahead are fetched early.
-  constexpr std::size_t ahead = 16;
-  std::array<std::uint64_t, ahead> hashes{};
   const ps_path& p = store_.paths[path];
   ranks_[path] = order;
-  edge fetched = p.cursor;
-  edge added = p.cursor;
-  for (std::size_t i = 0; i < p.n_points + ahead; ++i) {
-    std::uint64_t& h = hashes[i % ahead];
-    if (i >= ahead) {
-      set_owner(added, path);
-      add_hashed(added, h);
-      added = store_.points[added].next;
-    }
-    if (i < p.n_points) {
-      h = hash(fetched);
-      __builtin_prefetch(&slots_[first_slot(h)]);
-      fetched = store_.points[fetched].next;
-    }
+  edge e = p.cursor;
+  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.points[e].next) {
+    set_owner(e, path);
+    staged_edge& place = staged_[n_staged_ % staged_.size()];
+    if (n_staged_ >= staged_.size()) add_at(place.at, place.home);
+    place = {e, home(e)};
+    __builtin_prefetch(&slots_[place.home]);
+    ++n_staged_;
   }
+}
+
+void edge_index::add_rest() {
+  const std::size_t first = n_staged_ - std::min(n_staged_, staged_.size());
+  for (std::size_t i = first; i < n_staged_; ++i) {
+    const staged_edge& staged = staged_[i % staged_.size()];
+    add_at(staged.at, staged.home);
+  }
+  n_staged_ = 0;
 }
 
 bool edge_index::lie_alike(edge a, edge b) const {
@@ -72,27 +73,29 @@ bool edge_index::lie_alike(edge a, edge b) const {
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
-/// The same for both directions of an edge; the high bits choose the slot.
-std::uint64_t edge_index::hash(edge e) const {
+/// The slot where the search for an edge's bundle begins, the same for both directions.
+std::size_t edge_index::home(edge e) const {
   const ps_point& p = store_.points[e];
   const std::uint64_t a = packed(p);
   const std::uint64_t b = packed(store_.points[p.next]);
   std::uint64_t h = std::min(a, b) * 0x9e3779b97f4a7c15 + std::max(a, b) * 0xc2b2ae3d27d4eb4f;
-  h ^= h >> 32;
-  return h * 0xd6e8feb86659fd93;
+  h = (h ^ h >> 32) * 0xd6e8feb86659fd93;
+  return h >> (64 - slot_bits_);
 }
 
-void edge_index::add(edge e) { add_hashed(e, hash(e)); }
+void edge_index::add(edge e) { add_at(e, home(e)); }
 
-void edge_index::add_hashed(edge e, std::uint64_t hash) {
+void edge_index::prefetch(edge e) const { __builtin_prefetch(&slots_[home(e)]); }
+
+void edge_index::add_at(edge e, std::size_t home) {
   const std::size_t mask = slots_.size() - 1;
   std::size_t free_slot = slots_.size();
-  std::size_t i = first_slot(hash);
+  std::size_t i = home;
   for (; slots_[i] != no_point; i = (i + 1) & mask) {
     if (!is_live_head(slots_[i])) {
       free_slot = std::min(free_slot, i);
     } else if (lie_alike(slots_[i], e)) {
-      join(e, slots_[i]);
+      join(e, std::exchange(slots_[i], e));
       return;
     }
   }
@@ -108,9 +111,12 @@ void edge_index::add_hashed(edge e, std::uint64_t hash) {
   if (++used_slots_ > slots_.size() / 4 * 3) resize_table(slots_.size());
 }
 
+/// The newest edge is the head: paths are mostly worked in the order of the file, and so the head
+/// is mostly the last of its bundle to go.
 void edge_index::join(edge e, edge head) {
+  links_[head].head = false;
   links_[e].indexed = true;
-  links_[e].head = false;
+  links_[e].head = true;
   links_[e].crowded = links_[head].crowded;
   if (links_[head].crowded) {
     crowd_of_[e] = crowd_of_.at(head);
@@ -149,7 +155,7 @@ void edge_index::remove_pair(edge a, edge b) {
 
 void edge_index::replace_head(edge old_head, edge new_head) {
   const std::size_t mask = slots_.size() - 1;
-  std::size_t i = first_slot(hash(old_head));
+  std::size_t i = home(old_head);
   while (slots_[i] != old_head) i = (i + 1) & mask;
   slots_[i] = new_head;
   links_[old_head].head = false;
@@ -160,20 +166,21 @@ void edge_index::replace_head(edge old_head, edge new_head) {
 void edge_index::resize_table(std::size_t least_slots) {
   const std::size_t size = std::bit_ceil(std::max<std::size_t>(least_slots, 16));
   const std::vector<edge> old_slots = std::exchange(slots_, std::vector<edge>(size, no_point));
-  shift_ = 64 - std::countr_zero(size);
+  slot_bits_ = std::countr_zero(size);
   used_slots_ = 0;
   for (const edge e : old_slots) {
     if (e == no_point || !is_live_head(e)) continue;
-    std::size_t i = first_slot(hash(e));
+    std::size_t i = home(e);
     while (slots_[i] != no_point && slots_[i] != e) i = (i + 1) & (size - 1);
     if (slots_[i] == no_point) ++used_slots_;
     slots_[i] = e;
   }
+  for (staged_edge& staged : staged_) staged.home = home(staged.at);
 }
 
-std::optional<ranked_edge> edge_index::first_neighbour(edge e) {
+ranked_edge edge_index::first_neighbour_in_bundle(edge e) {
   if (links_[e].crowded) return first_neighbour_in_crowd(e);
-  std::optional<ranked_edge> first;
+  ranked_edge first = nobody;
   std::uint32_t bundle_size = 1;
   const path_index own = owner(e);
   for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) {
@@ -183,7 +190,7 @@ std::optional<ranked_edge> edge_index::first_neighbour(edge e) {
     }
     if (owner(other) == own) continue;
     const rank order = ranks_[owner(other)];
-    if (!first || order < first->order) first = {order, other};
+    if (order < first.order) first = {order, other};
   }
   return first;
 }
@@ -219,12 +226,12 @@ void edge_index::remove_from_crowd(edge e) {
   if (!crowd.empty()) replace_head(e, crowd.top().at);
 }
 
-std::optional<ranked_edge> edge_index::first_neighbour_in_crowd(edge e) {
+ranked_edge edge_index::first_neighbour_in_crowd(edge e) {
   const std::size_t id = crowd_of_.at(e);
   lazy_heap& crowd = crowds_[id];
   std::vector<ranked_edge> own;
-  std::optional<ranked_edge> first;
-  while (!first && !crowd.empty()) {
+  ranked_edge first = nobody;
+  while (first.at == no_point && !crowd.empty()) {
     const ranked_edge top = crowd.top();
     const rank order = ranks_[owner(top.at)];
     if (!is_member(top.at, id)) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -22,6 +22,9 @@ struct ranked_edge {
   rank order;
   edge at;
 };
+
+/// What stands for no edge: it comes after all others.
+inline constexpr ranked_edge nobody = {UINT64_MAX, no_point};
 
 /// A heap of ranked edges, the smallest rank on top, whose ranks may have become too small since
 /// they were pushed. Whoever looks at the top brings it up to date.
@@ -58,8 +61,9 @@ class edge_index {
   /// Bundles of more than `crowd_size` edges become crowds.
   edge_index(const path_store& store, std::uint32_t crowd_size);
 
-  /// Indexes all edges of a path.
+  /// Indexes all edges of a path, sooner or later: add_rest must follow the last path.
   void add_path(path_index path, rank order);
+  void add_rest();
   /// Gives a path that is filed again its rank.
   void set_rank(path_index path, rank order) { ranks_[path] = order; }
   /// Makes an edge belong to another path.
@@ -67,6 +71,8 @@ class edge_index {
 
   /// Indexes an edge, where its two points are now. It must not be indexed.
   void add(edge e);
+  /// Fetches what adding the edge will need.
+  void prefetch(edge e) const;
   /// Removes an edge from the index; its points must be where they were when it was added.
   void remove(edge e);
   /// Removes two edges that lie alike.
@@ -78,8 +84,23 @@ class edge_index {
   [[nodiscard]] rank rank_of(path_index path) const { return ranks_[path]; }
   [[nodiscard]] bool lie_alike(edge a, edge b) const;
 
-  /// An edge that lies like e and belongs to another path, the first of those paths in rank.
-  [[nodiscard]] std::optional<ranked_edge> first_neighbour(edge e);
+  /// The only other edge that lies like e; no_point when there is none, or there are more.
+  [[nodiscard]] edge only_partner(edge e) const {
+    const edge other = links_[e].next_alike;
+    const bool pair = !links_[e].crowded && other != e && links_[other].next_alike == e;
+    return pair ? other : no_point;
+  }
+
+  /// An edge that lies like e and belongs to another path, the first of those paths in rank; nobody
+  /// when there is none.
+  [[nodiscard]] ranked_edge first_neighbour(edge e) {
+    const link& l = links_[e];
+    const edge other = l.next_alike;
+    const bool few = !l.crowded && links_[other].next_alike == e;  // alone, or one of a pair
+    if (!few) return first_neighbour_in_bundle(e);
+    const path_index owner = links_[other].owner;
+    return owner == l.owner ? nobody : ranked_edge{ranks_[owner], other};
+  }
 
   /// Calls f with every other edge that lies like e, which must not be crowded.
   template <class F>
@@ -103,17 +124,23 @@ class edge_index {
     bool crowded : 1;
   };
 
-  [[nodiscard]] std::uint64_t hash(edge e) const;
-  [[nodiscard]] std::size_t first_slot(std::uint64_t hash) const { return hash >> shift_; }
+  /// An edge on its way into the index: its home slot is being fetched.
+  struct staged_edge {
+    edge at;
+    std::size_t home;
+  };
+
+  [[nodiscard]] std::size_t home(edge e) const;
   [[nodiscard]] bool is_live_head(edge e) const { return links_[e].indexed && links_[e].head; }
-  void add_hashed(edge e, std::uint64_t hash);
+  void add_at(edge e, std::size_t home);
   void join(edge e, edge head);
   void replace_head(edge old_head, edge new_head);
   void resize_table(std::size_t least_slots);
   void make_crowd(edge member);
   [[nodiscard]] bool is_member(edge e, std::size_t crowd) const;
   void remove_from_crowd(edge e);
-  std::optional<ranked_edge> first_neighbour_in_crowd(edge e);
+  ranked_edge first_neighbour_in_bundle(edge e);
+  ranked_edge first_neighbour_in_crowd(edge e);
 
   const path_store& store_;
   std::uint32_t crowd_size_;
@@ -121,7 +148,9 @@ class edge_index {
   std::vector<rank> ranks_;  // by path
   std::vector<edge> slots_;  // no_point where nothing was ever put
   std::size_t used_slots_ = 0;
-  int shift_ = 0;
+  int slot_bits_ = 0;                     // the table has 2 to this power slots
+  std::array<staged_edge, 16> staged_{};  // a ring: the oldest is overwritten by the next
+  std::size_t n_staged_ = 0;              // ever
   std::vector<lazy_heap> crowds_;
   std::unordered_map<edge, std::size_t> crowd_of_;
   std::vector<edge> newly_crowded_;

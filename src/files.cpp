@@ -121,7 +121,7 @@ void text_writer::flush() {
 
 bool file_exists(const std::string& name) {
   struct stat status {};
-  return ::stat(name.c_str(), &status) == 0 || errno == EACCES;
+  return ::stat(name.c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 std::uint64_t file_size(const std::string& name) {

@@ -1,5 +1,6 @@
 #include "free_form.h"
 
+#include <algorithm>
 #include <charconv>
 #include <istream>
 

@@ -38,20 +38,16 @@ drawing_token_set choose_output_operators(const drawing_token_set& operators,
 /// Joins the polygons of one group and writes what is left of them.
 class group_repair {
  public:
-  group_repair(const run_settings& settings, const drawing_token_set& operators,
-               const drawing_token_set& output_operators, text_writer& console,
-               text_writer& repaired)
+  group_repair(const run_settings& settings, const drawing_token_set& output_operators,
+               text_writer& console, text_writer& repaired)
       : settings_(settings),
-        operators_(operators),
         output_operators_(output_operators),
         console_(console),
         repaired_(repaired) {}
 
-  void operator()(token_range group) {
+  void operator()(polygon_group& group) {
     console_.put("Group ").put(integer_field(++group_count_, 3)).put(':');
-    store_.clear();
-    ps_path_queue queue =
-        tokens_to_ps_path_queue(group, operators_.end_polygon_token, store_, console_);
+    ps_path_queue queue = tokens_to_ps_path_queue(group, store_, console_);
     if (queue.n_paths() > 1) {
       repaired_.flush();  // merging can take long, and can end the run
       strata strata = stratify(store_, queue);
@@ -64,7 +60,6 @@ class group_repair {
 
  private:
   const run_settings& settings_;
-  const drawing_token_set& operators_;
   const drawing_token_set& output_operators_;
   text_writer& console_;
   text_writer& repaired_;
@@ -89,8 +84,7 @@ void repair(const run_settings& settings, byte_source& input, std::size_t expect
   }
   console.put(nl);
 
-  walk(list, operators, repaired,
-       group_repair(settings, operators, output_operators, console, repaired));
+  walk(list, operators, repaired, group_repair(settings, output_operators, console, repaired));
 }
 
 void run(std::span<const char* const> arguments, console_output& standard_output,

@@ -1,46 +1,73 @@
 #include "postscript_path.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <cstdlib>
 
+#include "files.h"
 #include "param.h"
 #include "string_utils.h"
 
 namespace trellion {
 namespace {
 
-constexpr std::size_t max_coord_length = std::tuple_size_v<decltype(coord_texts::x)>;
+constexpr std::size_t max_coord_length = 8;
 
-std::array<char, max_coord_length> padded(std::string_view text) {
-  std::array<char, max_coord_length> result;
-  result.fill(' ');
-  std::copy_n(text.begin(), std::min(text.size(), max_coord_length), result.begin());
+/// A number cut to the length of a coordinate text, its sign and point taken apart.
+struct decimal {
+  bool negative = false;
+  std::int64_t digits = 0;
+  std::size_t n_digits = 0;
+  std::size_t decimals = 0;
+};
+
+decimal decimal_at(const char* text, const char* end) {
+  decimal result;
+  const char* c = text;
+  result.negative = *c == '-';
+  if (result.negative) ++c;
+  bool point_seen = false;
+  for (; c < end && c < text + max_coord_length; ++c) {
+    if (is_digit(*c)) {
+      result.digits = 10 * result.digits + (*c - '0');
+      ++result.n_digits;
+      result.decimals += point_seen ? 1 : 0;
+    } else if (*c == '.' && !point_seen) {
+      point_seen = true;
+    } else {
+      break;
+    }
+  }
   return result;
 }
 
-std::string_view trimmed(const std::array<char, max_coord_length>& text) {
-  return trim_trailing_blanks({text.data(), text.size()});
+/// The same from the eight bytes of the text at once.
+decimal decimal_of(std::uint64_t word) {
+  decimal result;
+  result.negative = (word & 0xff) == '-';
+  if (result.negative) word >>= 8;
+  const number_form form = number_form_of(word);
+  result.n_digits = form.length - (form.has_point ? 1 : 0);
+  result.decimals = result.n_digits - form.before_point;
+  if (result.n_digits == 0) return result;
+
+  // The digits without the point, the last one in the highest byte, zeros before the first.
+  const std::uint64_t before = (std::uint64_t{1} << (8 * form.before_point % 64)) - 1;
+  std::uint64_t digits = form.has_point ? (word & before) | (word >> 8 & ~before) : word;
+  digits = (digits & 0x0f0f0f0f0f0f0f0f) << (8 * (8 - result.n_digits));
+  // Neighbours are joined to numbers of two digits, those to four, those to eight.
+  digits = digits * 10 + (digits >> 8);
+  digits = ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
+            (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
+           32;
+  result.digits = static_cast<std::int64_t>(digits);
+  return result;
 }
 
-std::int32_t coordinate(const token& number) {
-  try {
-    return thousandths(number.text);
-  } catch (const coordinate_error& error) {
-    throw coordinate_error(error.what() + (" in line " + std::to_string(number.line_number)));
-  }
-}
-
-point_index add_point(const token& x, const token& y, path_store& store) {
-  const auto index = static_cast<point_index>(store.points.size());
-  if (store.points.size() >= no_point) throw run_error("a group has too many points");
-  store.points.push_back({{coordinate(x), coordinate(y)}, index + 1, index - 1});
-  store.texts.push_back({padded(x.text), padded(y.text)});
-  return index;
-}
-
-void write_vertex(const coord_texts& texts, const token& op, text_writer& out) {
-  out.put(trimmed(texts.x)).put(' ').put(trimmed(texts.y)).put(' ').put(op.text);
+void write_vertex(const path_store& store, point_index point, const token& op, text_writer& out) {
+  const coord_texts& texts = store.texts[point];
+  out.put(coord_text(texts.x, store.text_end)).put(' ');
+  out.put(coord_text(texts.y, store.text_end)).put(' ').put(op.text);
 }
 
 // Differences, distances and products are unsigned so that their overflow is defined: they wrap at
@@ -59,51 +86,64 @@ wrapping distance(const ps_point& a, const ps_point& b) {
 
 }  // namespace
 
-void path_store::clear() {
+void path_store::start_group(std::vector<coord_texts>& vertices, const char* end_of_text) {
   points.clear();
-  texts.clear();
   paths.clear();
+  texts.swap(vertices);
+  text_end = end_of_text;
+  if (texts.size() >= no_point) throw run_error("a group has too many points");
+  points.reserve(texts.size());
 }
 
-std::int32_t thousandths(std::string_view text) {
-  text = text.substr(0, max_coord_length);
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc{} || end != text.data() + text.size()) {
-    throw coordinate_error("'" + std::string(text) + "' is not a coordinate");
-  }
-  value *= 1000.0;
-  value = std::trunc(value >= 0 ? value + 0.5 : value - 0.5);
-  if (value < INT32_MIN || value > INT32_MAX) {
-    throw coordinate_error("'" + std::string(text) + "' is too large for a coordinate");
-  }
-  return static_cast<std::int32_t>(value);
+std::string_view coord_text(const char* text, const char* end) {
+  const std::size_t length = std::min<std::size_t>(max_coord_length, end - text);
+  return {text, static_cast<std::size_t>(skip_number(text, text + length) - text)};
 }
 
-path_index tokens_to_ps_path(token_range tokens, path_store& store) {
+std::int32_t thousandths(const char* text, const char* end) {
+  const bool at_once = words_are_text && end - text >= 8;
+  const decimal number = at_once ? decimal_of(load_word(text)) : decimal_at(text, end);
+  if (number.n_digits == 0) {
+    throw bad_coordinate{"'" + std::string(coord_text(text, end)) + "' is not a coordinate", text};
+  }
+  // The value is digits over a power of ten, both exact, so the quotient is the correctly rounded
+  // double. With up to three decimals the thousandths are whole, and rounding gives just them.
+  constexpr std::array<std::int64_t, 8> power_of_ten = {1,      10,      100,       1000,
+                                                        10'000, 100'000, 1'000'000, 10'000'000};
+  std::int64_t result = 0;
+  if (number.decimals <= 3) {
+    result = number.digits * power_of_ten[3 - number.decimals];
+  } else {
+    const double value =
+        static_cast<double>(number.digits) / static_cast<double>(power_of_ten[number.decimals]);
+    // The half is added to the double, whatever that does to its last bit.
+    result =
+        static_cast<std::int64_t>(value * 1000.0 + 0.5);  // NOLINT(bugprone-incorrect-roundings)
+  }
+  if (number.negative) result = -result;
+  if (result < INT32_MIN || result > INT32_MAX) {
+    throw bad_coordinate{
+        "'" + std::string(coord_text(text, end)) + "' is too large for a coordinate", text};
+  }
+  return static_cast<std::int32_t>(result);
+}
+
+path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store) {
   const auto first = static_cast<point_index>(store.points.size());
-  while (!tokens.begin.same_head(tokens.end)) {
-    const token x = tokens.begin.take_head();
-    if (!x.is_number()) continue;
-    add_point(x, tokens.begin.take_head(), store);
+  const point_index last = first + n_points - 1;
+  ps_path path{n_points,  last,      no_point, INT32_MAX, INT32_MIN,
+               INT32_MAX, INT32_MIN, no_path,  no_path};
+  for (point_index i = first; i <= last; ++i) {
+    const std::int32_t x = thousandths(store.texts[i].x, store.text_end);
+    const std::int32_t y = thousandths(store.texts[i].y, store.text_end);
+    store.points.push_back({{x, y}, i + 1, i - 1});
+    path.x_min = std::min(path.x_min, x);
+    path.x_max = std::max(path.x_max, x);
+    path.y_min = std::min(path.y_min, y);
+    path.y_max = std::max(path.y_max, y);
   }
-  const auto last = static_cast<point_index>(store.points.size() - 1);
   store.points[first].prev = last;
   store.points[last].next = first;
-
-  ps_path path;
-  path.n_points = last - first + 1;
-  path.cursor = last;
-  const auto [x_min, x_max] = std::minmax_element(
-      store.points.begin() + first, store.points.end(),
-      [](const ps_point& a, const ps_point& b) { return a.coords[0] < b.coords[0]; });
-  const auto [y_min, y_max] = std::minmax_element(
-      store.points.begin() + first, store.points.end(),
-      [](const ps_point& a, const ps_point& b) { return a.coords[1] < b.coords[1]; });
-  path.x_min = x_min->coords[0];
-  path.x_max = x_max->coords[0];
-  path.y_min = y_min->coords[1];
-  path.y_max = y_max->coords[1];
   store.paths.push_back(path);
   return static_cast<path_index>(store.paths.size() - 1);
 }
@@ -112,11 +152,11 @@ void output(path_store& store, path_index path, const drawing_token_set& operato
             text_writer& out) {
   constexpr std::uint32_t points_per_line = 5;
   ps_path& p = store.paths[path];
-  write_vertex(store.texts[p.cursor], operators.moveto_token, out);
+  write_vertex(store, p.cursor, operators.moveto_token, out);
   out.put(nl);
   for (std::uint32_t i = 1; i < p.n_points; ++i) {
     p.cursor = store.points[p.cursor].next;
-    write_vertex(store.texts[p.cursor], operators.lineto_token, out);
+    write_vertex(store, p.cursor, operators.lineto_token, out);
     out.put(i % points_per_line == 0 ? nl : ' ');
   }
   const bool line_is_open = p.n_points > 1 && (p.n_points - 1) % points_per_line != 0;

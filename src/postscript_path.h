@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,14 +22,9 @@ struct ps_point {
   point_index next;
   point_index prev;
 
-  [[nodiscard]] bool same_place(const ps_point& other) const { return coords == other.coords; }
-};
-
-/// The two numbers of a vertex as the input had them, cut to eight characters and blank-padded.
-/// They alone are ever written: the integers decide, the texts show.
-struct coord_texts {
-  std::array<char, 8> x;
-  std::array<char, 8> y;
+  [[nodiscard]] bool same_place(const ps_point& other) const {
+    return coords[0] == other.coords[0] && coords[1] == other.coords[1];
+  }
 };
 
 /// A polygon: a closed ring of points, entered at its cursor. An edge is a point and its `next`.
@@ -53,28 +47,33 @@ struct ps_path {
 /// each other by index, and are released together; what is dropped on the way stays unused.
 struct path_store {
   std::vector<ps_point> points;
-  std::vector<coord_texts> texts;  ///< texts[i] belongs to points[i]
+  std::vector<coord_texts> texts;  ///< texts[i] belongs to points[i]: the numbers decide where a
+                                   ///< point is, the texts are what is written of it
   std::vector<ps_path> paths;
 
-  /// Drops everything and keeps the memory for the next group.
-  void clear();
+  const char* text_end = nullptr;  ///< where the text that they stand in ends
+
+  /// Drops everything, keeps the memory, and exchanges `texts` for those of the points to come.
+  void start_group(std::vector<coord_texts>& vertices, const char* end_of_text);
 };
 
-/// A number of the input that cannot be a coordinate.
-class coordinate_error : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+/// A number of the input that cannot be a coordinate: what is wrong, and where it stands.
+struct bad_coordinate {
+  std::string reason;
+  const char* text;
 };
 
-/// The coordinate that a number text stands for: times 1000, rounded to nearest, halves away from
-/// zero. The text is cut to eight characters first. Throws coordinate_error when no value can be
-/// read or it does not fit 32 bits.
-std::int32_t thousandths(std::string_view text);
+/// The coordinate that the number at `text` stands for: times 1000, rounded to nearest, halves away
+/// from zero. It ends after eight characters, or where something follows that does not belong to a
+/// number, or at `end`. Throws bad_coordinate when no value can be read or it does not fit 32 bits.
+std::int32_t thousandths(const char* text, const char* end);
 
-/// Makes a path from the tokens of one polygon and adds it to the store: each two consecutive
-/// numbers give a point, operators are passed over. There must be at least one point. The cursor
-/// is left on the last point. Throws coordinate_error, naming the text and its line.
-path_index tokens_to_ps_path(token_range tokens, path_store& store);
+/// That number as it is written.
+std::string_view coord_text(const char* text, const char* end);
+
+/// Adds a path to the store, of the next `n_points` texts that have no points yet; at least one.
+/// The cursor is left on the last point. Throws bad_coordinate.
+path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store);
 
 /// Writes a path with the given operators, five vertices to a line after the first, beginning at
 /// the cursor. The cursor ends one point before where it was.

@@ -1,9 +1,22 @@
 #include "postscript_path_queue.h"
 
+#include <string>
+
 #include "fields.h"
 #include "param.h"
 
 namespace trellion {
+namespace {
+
+/// The input line of the token at `position`, looked for from a list on.
+std::string line_of(token_list list, const char* position) {
+  while (true) {
+    const token t = list.take_head();
+    if (t.text.data() == position) return std::to_string(t.line_number);
+  }
+}
+
+}  // namespace
 
 void ps_path_queue::add_after_last(path_index path) {
   ps_path& added = store_->paths[path];
@@ -59,30 +72,26 @@ ps_path_queue& strata::of(std::uint32_t n_points) {
   return queues_[position];
 }
 
-ps_path_queue tokens_to_ps_path_queue(token_range group, const token& end_polygon_token,
-                                      path_store& store, text_writer& console) {
+ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store,
+                                      text_writer& console) {
+  console.put(" lines ").put(integer_field(group.begin.line_number(), 8)).put(" ... ");
   ps_path_queue queue(store);
-  std::int64_t points_read = 0;
-  std::int64_t paths_read = 0;
-
-  token_list rest = group.begin;
-  token_list polygon = rest;
-  token reached = rest.take_head();
-  console.put(" lines ").put(integer_field(reached.line_number, 8)).put(" ... ").flush();
-  while (!rest.same_head(group.end)) {
-    reached = rest.take_head();
-    if (tok_neq_tok(reached, end_polygon_token)) continue;
-
-    const path_index path = tokens_to_ps_path({polygon, rest}, store);
-    polygon = rest;
-    points_read += store.paths[path].n_points;
-    ++paths_read;
-    remove_superfluous_points_v2(store, path);
-    if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);
+  store.start_group(group.vertices, group.begin.text_end());
+  store.paths.reserve(group.n_vertices.size());
+  try {
+    for (const std::uint32_t n_points : group.n_vertices) {
+      const path_index path = tokens_to_ps_path(n_points, store);
+      remove_superfluous_points_v2(store, path);
+      if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);
+    }
+  } catch (const bad_coordinate& bad) {
+    throw coordinate_error(bad.reason + " in line " + line_of(group.begin, bad.text));
   }
-  console.put(integer_field(reached.line_number, 8)).put(" ; ");
-  console.put(integer_field(points_read, 12)).put(" points in ");
-  console.put(integer_field(paths_read, 7)).put(" paths.").put(nl);
+  console.put(integer_field(group.last_line, 8)).put(" ; ");
+  console.put(integer_field(static_cast<std::int64_t>(store.points.size()), 12));
+  console.put(" points in ");
+  console.put(integer_field(static_cast<std::int64_t>(group.n_vertices.size()), 7));
+  console.put(" paths.").put(nl);
   return queue;
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "postscript_path.h"
+#include "walk.h"
 
 namespace trellion {
 
@@ -57,12 +58,18 @@ class strata {
   std::vector<ps_path_queue> queues_;
 };
 
-/// Cuts the tokens of a group into polygons, one after each end-polygon operator, and makes a path
-/// of each in the store, cleaned of superfluous points; polygons that keep fewer than three points
-/// are left out. The console gets the rest of the group's line: the input lines that it covers,
-/// and the points and polygons read. Throws coordinate_error.
-ps_path_queue tokens_to_ps_path_queue(token_range group, const token& end_polygon_token,
-                                      path_store& store, text_writer& console);
+/// A number of the input that cannot be a coordinate.
+class coordinate_error : public run_error {
+ public:
+  using run_error::run_error;
+};
+
+/// Makes a path in the store of every polygon of a group, cleaned of superfluous points; those that
+/// keep fewer than three points are left out. The texts of the group's vertices go to the store.
+/// The console gets the rest of the group's line: the input lines that it covers, and the points
+/// and polygons read. Throws coordinate_error, naming the text and its line.
+ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store,
+                                      text_writer& console);
 
 /// Moves every path to the stratum of its number of points, which must be at least 3. Leaves the
 /// queue empty.

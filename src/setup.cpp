@@ -4,7 +4,6 @@
 
 #include "fields.h"
 #include "param.h"
-#include "string_utils.h"
 
 namespace trellion {
 namespace {
@@ -12,169 +11,117 @@ namespace {
 constexpr std::string_view macro_body =
     " {closepath gsave 0 setlinewidth stroke grestore fill} bind def";
 
-bool same_text(const token& a, const token& b) { return equal_blank_padded(a.text, b.text); }
-
-/// Matches one run of polygons, token by token. The first polygon names the operators: two or more
-/// numbers, moveto, then pairs of numbers with lineto, end polygon and trailing operators. Every
-/// further polygon must repeat them, with exactly two numbers at its start.
+/// Reads one run of polygons. The first polygon names the operators: two or more numbers, moveto,
+/// then pairs of numbers with lineto, end polygon and trailing operators. Every further polygon
+/// must repeat them, with exactly two numbers at its start.
 class run_pattern {
  public:
-  explicit run_pattern(std::int32_t min_separators) : min_separators_(min_separators) {}
+  run_pattern(const token_list& list, std::int32_t min_separators)
+      : tokens_(list), min_separators_(min_separators) {}
 
-  /// Makes ready for another run.
-  void restart();
-  /// Takes the next token. False ends the run: the token does not belong to it.
-  bool accepts(const token& t);
-  /// True when the token just accepted completed a polygon after the first one, or all of it but a
-  /// last trailing operator that may vary.
-  [[nodiscard]] bool at_polygon_end() const { return at_polygon_end_; }
+  /// Reads as far as the pattern goes and returns the number of polygons read.
+  std::int64_t read();
 
-  [[nodiscard]] std::int64_t polygons() const { return polygons_; }
-  drawing_token_set set;  ///< the operators; token_count reaches to the last polygon end
+  drawing_token_set set;  ///< the operators; token_count reaches to `resume`
+  token_list resume;      ///< behind the last polygon, or its last operator that did not vary
 
  private:
-  enum class state {
-    // The first polygon: up to its first lineto, its further vertices, its trailing operators.
-    first_x,
-    first_y,
-    first_moveto,
-    second_x,
-    second_y,
-    first_lineto,
-    first_vertex_or_end,
-    first_vertex_y,
-    first_vertex_lineto,
-    separators,
-    // Every further polygon.
-    next_x,
-    next_y,
-    next_moveto,
-    vertex_x,
-    vertex_y,
-    vertex_lineto,
-    vertex_or_end,
-    trailing,
-    last_trailing
-  };
+  bool read_first_polygon();
+  bool read_separators();
+  bool read_further_polygon();
+  bool read_trailing();
 
-  bool go(state next) {
-    state_ = next;
-    return true;
+  bool read_vertex() {
+    return tokens_.next_is_number() && tokens_.next_is_number() &&
+           tokens_.next_is(set.lineto_token);
   }
-  bool go_if(bool condition, state next) { return condition && go(next); }
-  bool accepts_first_vertex_or_end(const token& t);
-  bool accepts_separator(const token& t);
-  bool accepts_vertex_or_end(const token& t);
-  bool accepts_trailing(const token& t);
-  bool accepts_last_trailing(const token& t);
-  void record_polygon_end() {
-    at_polygon_end_ = true;
-    set.token_count = tokens_;
+  [[nodiscard]] bool last_differs_from(const token& op) const {
+    return !same_text(tokens_.last().text, op.text);
+  }
+  void record_end() {
+    resume = tokens_.rest();
+    set.token_count = tokens_.count();
   }
 
+  token_matcher tokens_;
   std::int32_t min_separators_;
-  state state_ = state::first_x;
-  std::int64_t tokens_ = 0;
   std::int64_t polygons_ = 0;
-  std::size_t expected_trailing_ = 0;
-  bool at_polygon_end_ = false;
 };
 
-void run_pattern::restart() {
-  set.token_count = 0;
-  set.trailing_operators.clear();
-  state_ = state::first_x;
-  tokens_ = 0;
-  polygons_ = 0;
-}
-
-bool run_pattern::accepts(const token& t) {
-  ++tokens_;
-  at_polygon_end_ = false;
-  switch (state_) {
-    case state::first_x: return go_if(t.is_number(), state::first_y);
-    case state::first_y: return go_if(t.is_number(), state::first_moveto);
-    case state::first_moveto:
-      if (t.is_number()) return true;  // any number of numbers may stand before the first polygon
-      set.moveto_token = t;
-      return go_if(t.is_string(), state::second_x);
-    case state::second_x: return go_if(t.is_number(), state::second_y);
-    case state::second_y: return go_if(t.is_number(), state::first_lineto);
-    case state::first_lineto:
-      set.lineto_token = t;
-      return go_if(t.is_string() && !same_text(t, set.moveto_token), state::first_vertex_or_end);
-    case state::first_vertex_or_end: return accepts_first_vertex_or_end(t);
-    case state::first_vertex_y: return go_if(t.is_number(), state::first_vertex_lineto);
-    case state::first_vertex_lineto:
-      return go_if(tok_eq_tok(t, set.lineto_token), state::first_vertex_or_end);
-    case state::separators: return accepts_separator(t);
-    case state::next_x: return go_if(t.is_number(), state::next_y);
-    case state::next_y: return go_if(t.is_number(), state::next_moveto);
-    case state::next_moveto: return go_if(tok_eq_tok(t, set.moveto_token), state::vertex_x);
-    case state::vertex_x: return go_if(t.is_number(), state::vertex_y);
-    case state::vertex_y: return go_if(t.is_number(), state::vertex_lineto);
-    case state::vertex_lineto: return go_if(tok_eq_tok(t, set.lineto_token), state::vertex_or_end);
-    case state::vertex_or_end: return accepts_vertex_or_end(t);
-    case state::trailing: return accepts_trailing(t);
-    case state::last_trailing: return accepts_last_trailing(t);
+std::int64_t run_pattern::read() {
+  if (!read_first_polygon() || !read_separators()) return 0;
+  // The x of the next polygon is read already: it is what ended the separators.
+  polygons_ = 1;
+  while (read_further_polygon() && tokens_.next_is_number()) {
   }
-  return false;
+  return polygons_;
 }
 
-bool run_pattern::accepts_first_vertex_or_end(const token& t) {
-  if (t.is_number()) return go(state::first_vertex_y);
-  if (!t.is_string() || same_text(t, set.moveto_token) || same_text(t, set.lineto_token)) {
+bool run_pattern::read_first_polygon() {
+  if (!tokens_.next_is_number() || !tokens_.next_is_number()) return false;
+  while (tokens_.next_is_number()) {  // any number of numbers may stand before the first polygon
+  }
+  if (tokens_.at_end() || !tokens_.last().is_string()) return false;
+  set.moveto_token = tokens_.last();
+
+  if (!tokens_.next_is_number() || !tokens_.next_is_number() || !tokens_.next()) return false;
+  if (!tokens_.last().is_string() || !last_differs_from(set.moveto_token)) return false;
+  set.lineto_token = tokens_.last();
+
+  while (tokens_.next_is_number()) {
+    if (!tokens_.next_is_number() || !tokens_.next_is(set.lineto_token)) return false;
+  }
+  set.end_polygon_token = tokens_.last();
+  return !tokens_.at_end() && tokens_.last().is_string() && last_differs_from(set.moveto_token) &&
+         last_differs_from(set.lineto_token);
+}
+
+/// The trailing operators, up to the first number of the next polygon.
+bool run_pattern::read_separators() {
+  while (tokens_.next() && tokens_.last().is_string()) {
+    if (!last_differs_from(set.moveto_token) || !last_differs_from(set.lineto_token) ||
+        !last_differs_from(set.end_polygon_token)) {
+      return false;
+    }
+    set.trailing_operators.push_back(tokens_.last());
+  }
+  const auto separators = static_cast<std::int64_t>(1 + set.trailing_operators.size());
+  return !tokens_.at_end() && tokens_.last().is_number() && separators >= min_separators_;
+}
+
+/// A polygon after its first number.
+bool run_pattern::read_further_polygon() {
+  if (!tokens_.next_is_number() || !tokens_.next_is(set.moveto_token) || !read_vertex()) {
     return false;
   }
-  set.end_polygon_token = t;
-  return go(state::separators);
-}
-
-bool run_pattern::accepts_separator(const token& t) {
-  if (t.is_number()) {
-    const auto separators = static_cast<std::int64_t>(1 + set.trailing_operators.size());
-    if (min_separators_ > separators) return false;
-    polygons_ = 1;
-    return go(state::next_y);
+  while (tokens_.next_is_number()) {
+    if (!tokens_.next_is_number() || !tokens_.next_is(set.lineto_token)) return false;
   }
-  if (!t.is_string() || same_text(t, set.moveto_token) || same_text(t, set.lineto_token) ||
-      same_text(t, set.end_polygon_token)) {
-    return false;
-  }
-  set.trailing_operators.push_back(t);
-  return true;
-}
-
-bool run_pattern::accepts_vertex_or_end(const token& t) {
-  if (t.is_number()) return go(state::vertex_y);
-  if (tok_neq_tok(t, set.end_polygon_token)) return false;
-  expected_trailing_ = 0;
-  const std::size_t trailing = set.trailing_operators.size();
-  if (trailing > 1) return go(state::trailing);
-  record_polygon_end();
-  if (trailing == 1) return go(state::last_trailing);
-  ++polygons_;
-  return go(state::next_x);
-}
-
-bool run_pattern::accepts_trailing(const token& t) {
-  if (tok_neq_tok(t, set.trailing_operators[expected_trailing_])) return false;
-  ++expected_trailing_;
-  if (expected_trailing_ + 1 < set.trailing_operators.size()) return true;
-  record_polygon_end();
-  return go(state::last_trailing);
+  if (tokens_.at_end() || tok_neq_tok(tokens_.last(), set.end_polygon_token)) return false;
+  return read_trailing();
 }
 
 /// The last trailing operator may differ from polygon to polygon (a level's colour name, say): the
 /// polygon counts all the same, and the operator is marked so that it matches no token any more.
-bool run_pattern::accepts_last_trailing(const token& t) {
+bool run_pattern::read_trailing() {
+  std::vector<token>& trailing = set.trailing_operators;
+  if (trailing.empty()) {
+    record_end();
+    ++polygons_;
+    return true;
+  }
+  for (std::size_t i = 0; i + 1 < trailing.size(); ++i) {
+    if (!tokens_.next_is(trailing[i])) return false;
+  }
+  record_end();
+  if (!tokens_.next()) return false;
   ++polygons_;
-  if (!same_text(t, set.trailing_operators.back())) {
-    set.trailing_operators.back().kind = token_kind::varying;
+  if (last_differs_from(trailing.back())) {
+    trailing.back().kind = token_kind::varying;
     return false;
   }
-  record_polygon_end();
-  return go(state::next_x);
+  record_end();
+  return true;
 }
 
 /// A text that two sets share exactly when their operators are equal. Token texts hold no blank,
@@ -226,17 +173,15 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
 
   std::unordered_map<std::string, drawing_token_set> candidates;
   const drawing_token_set* best = nullptr;
-  run_pattern pattern(min_separators);
   token_list start = list;
   while (!start.empty()) {
-    pattern.restart();
-    token_list rest = start;
-    token_list resume;
-    while (!rest.empty() && pattern.accepts(rest.take_head())) {
-      if (pattern.at_polygon_end()) resume = rest;
+    token_list next = start;
+    if (!next.take_head().is_number()) {
+      start = next;
+      continue;
     }
-
-    if (pattern.polygons() < 2) {
+    run_pattern run(start, min_separators);
+    if (run.read() < 2) {
       // Any later start in the same stretch of numbers would meet the same tokens and fail like
       // this one, and the last number alone cannot start a polygon: go behind the stretch.
       while (!start.empty() && start.take_head().is_number()) {
@@ -244,12 +189,12 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
       continue;
     }
 
-    if (verbose) display_dts(pattern.set, true, console);
-    const auto [found, added] = candidates.try_emplace(signature(pattern.set), pattern.set);
+    if (verbose) display_dts(run.set, true, console);
+    const auto [found, added] = candidates.try_emplace(signature(run.set), run.set);
     drawing_token_set& candidate = found->second;
-    if (!added) candidate.token_count += pattern.set.token_count;
+    if (!added) candidate.token_count += run.set.token_count;
     if (best == nullptr || candidate.token_count > best->token_count) best = &candidate;
-    start = resume;
+    start = run.resume;
   }
 
   if (best == nullptr) {

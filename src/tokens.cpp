@@ -1,10 +1,10 @@
 #include "tokens.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "fields.h"
 #include "param.h"
@@ -13,23 +13,8 @@
 namespace trellion {
 namespace {
 
-constexpr bool is_brace(char c) { return c == '{' || c == '}'; }
-constexpr bool is_line_end(char c) { return c == '\n' || c == '\r'; }
-
-// A table, because every byte of the input is asked this question.
-constexpr auto ends_word = [] {
-  std::array<bool, 256> table{};
-  for (const char c : {' ', '{', '}', '\n', '\r'}) table[static_cast<unsigned char>(c)] = true;
-  return table;
-}();
-
 const char* skip_blanks(const char* position, const char* end) {
   return std::find_if(position, end, [](char c) { return c != ' '; });
-}
-
-const char* word_end(const char* position, const char* end) {
-  return std::find_if(position, end,
-                      [](char c) { return ends_word[static_cast<unsigned char>(c)]; });
 }
 
 /// The position behind the line end that stands at `position`.
@@ -56,35 +41,18 @@ void report_read_failure(std::string_view text, int error_number, text_writer& c
 
 }  // namespace
 
-bool tok_eq_tok(const token& a, const token& b) {
-  return a.kind == b.kind && equal_blank_padded(a.text, b.text);
-}
-
-bool tok_neq_tok(const token& a, const token& b) { return !tok_eq_tok(a, b); }
-
-token_list::token_list(std::string_view text, std::int64_t first_line)
-    : position_(text.data()), end_(text.data() + text.size()), line_number_(first_line) {
+token_list::token_list(std::string_view text)
+    : position_(text.data()), end_(text.data() + text.size()) {
   // A text of blanks alone, without a line end, holds no token.
   if (skip_blanks(position_, end_) == end_) position_ = end_;
 }
 
-token token_list::take_head() {
-  token head;
-  head.line_number = line_number_;
-  const char* const begin = skip_blanks(position_, end_);
-  if (is_line_end(*begin)) {  // only at the start of a text: elsewhere the token before takes it
-    head.kind = token_kind::null;
-  } else {
-    head.leading_spaces = begin - position_;
-    const char* const behind = is_brace(*begin) ? begin + 1 : word_end(begin, end_);
-    head.text = {begin, static_cast<std::size_t>(behind - begin)};
-    head.kind = is_brace(*begin)           ? token_kind::brace
-                : string_is_num(head.text) ? token_kind::number
-                                           : token_kind::string;
-    position_ = behind;
-  }
+/// Blank lines at the start of a text; elsewhere the token before them takes them.
+void token_list::take_null_token(token& head) {
+  head.kind = token_kind::null;
+  head.text = {};
+  head.leading_spaces = 0;
   head.line_ends = take_line_ends();
-  return head;
 }
 
 /// Moves behind the line ends that follow, blanks before each included, and counts them. The last

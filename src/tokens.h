@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string_view>
 
 #include "files.h"
+#include "string_utils.h"
 
 namespace trellion {
 
@@ -29,10 +31,18 @@ struct token {
   [[nodiscard]] bool is_string() const { return kind == token_kind::string; }
 };
 
-/// Equality of kind and (blank-padded) text. Layout and position never take part, and numbers are
-/// compared as text: 12 is not 12.0.
-bool tok_eq_tok(const token& a, const token& b);
-bool tok_neq_tok(const token& a, const token& b);
+/// Equality of texts. It spares the call of a library function for operators of one character,
+/// which are what most files are full of.
+inline bool same_text(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && (a.empty() || a[0] == b[0]) && (a.size() < 2 || a == b);
+}
+
+/// Equality of kind and text. Layout and position never take part, and numbers are compared as
+/// text: 12 is not 12.0.
+inline bool tok_eq_tok(const token& a, const token& b) {
+  return a.kind == b.kind && same_text(a.text, b.text);
+}
+inline bool tok_neq_tok(const token& a, const token& b) { return !tok_eq_tok(a, b); }
 
 /// A list of tokens, from its head to the end of the text that they stand in.
 ///
@@ -46,17 +56,30 @@ bool tok_neq_tok(const token& a, const token& b);
 class token_list {
  public:
   token_list() = default;
-  explicit token_list(std::string_view text, std::int64_t first_line = 1);
+  explicit token_list(std::string_view text);
 
   [[nodiscard]] bool empty() const { return position_ == end_; }
   /// Splits off the first token; the list must not be empty.
-  token take_head();
+  token take_head() {
+    token head;
+    take_head(head);
+    return head;
+  }
+  /// The same into a token that is there already, which spares a copy in the loops that count.
+  void take_head(token& head);
   /// True when both lists, made from the same text, begin at the same token.
   [[nodiscard]] bool same_head(const token_list& other) const {
     return position_ == other.position_;
   }
+  /// Where the text ends that the tokens stand in.
+  [[nodiscard]] const char* text_end() const { return end_; }
+  /// The length of the text that is left.
+  [[nodiscard]] std::size_t n_bytes() const { return static_cast<std::size_t>(end_ - position_); }
+  /// The input line of the first token, from 1.
+  [[nodiscard]] std::int64_t line_number() const { return line_number_; }
 
  private:
+  void take_null_token(token& head);
   std::int64_t take_line_ends();
 
   const char* position_ = nullptr;  // behind the line ends of the token last taken
@@ -64,11 +87,62 @@ class token_list {
   std::int64_t line_number_ = 1;
 };
 
+/// Reads a list against expectations, one token at a time, and remembers the token that it read
+/// last and how many it has read.
+class token_matcher {
+ public:
+  explicit token_matcher(const token_list& list) : rest_(list) {}
+
+  /// Reads a token; false at the end of the list.
+  bool next() {
+    at_end_ = rest_.empty();
+    if (at_end_) return false;
+    rest_.take_head(last_);
+    ++count_;
+    return true;
+  }
+  /// Reads a token and tells whether it is a number, or equals the given one.
+  bool next_is_number() { return next() && last_.is_number(); }
+  bool next_is(const token& expected) { return next() && tok_eq_tok(last_, expected); }
+
+  /// True when the last token was asked for in vain.
+  [[nodiscard]] bool at_end() const { return at_end_; }
+  [[nodiscard]] const token& last() const { return last_; }
+  [[nodiscard]] const token_list& rest() const { return rest_; }
+  [[nodiscard]] std::int64_t count() const { return count_; }
+
+ private:
+  token_list rest_;
+  token last_;
+  std::int64_t count_ = 0;
+  bool at_end_ = false;
+};
+
+/// Where the two numbers of a vertex stand in the text. Their first eight characters alone are ever
+/// read and written.
+struct coord_texts {
+  const char* x;
+  const char* y;
+};
+
 /// A stretch of consecutive tokens: from the head of `begin` up to, not including, that of `end`.
 struct token_range {
   token_list begin;
   token_list end;
 };
+
+/// A text read whole.
+struct file_text {
+  std::unique_ptr<char[]> bytes;
+  std::size_t size = 0;
+
+  [[nodiscard]] std::string_view view() const { return {bytes.get(), size}; }
+};
+
+/// Reads the source to its end and returns its text, ready to be made into a token_list. When a
+/// read fails the error number, the line reached and what was read of it go to the console and the
+/// run ends early. `expected_size` saves growing the buffer when it is right.
+file_text tokenize_file(byte_source& source, std::size_t expected_size, text_writer& console);
 
 /// Writes the token's blanks, text and line ends.
 void write_token(const token& token, text_writer& out);
@@ -83,17 +157,48 @@ void purge_comments(token_list& list, text_writer& out);
 /// Writes a one-line description of a token: its blanks, text, line and line ends.
 void display_token(const token& token, text_writer& out);
 
-/// A text read whole.
-struct file_text {
-  std::unique_ptr<char[]> bytes;
-  std::size_t size = 0;
+// In the header because every token of the input goes through it, some of them three times.
+inline void token_list::take_head(token& head) {
+  const char* begin = position_;
+  while (*begin == ' ') ++begin;  // the list is not empty: a token stands before its end
+  head.leading_spaces = begin - position_;
+  head.line_number = line_number_;
 
-  [[nodiscard]] std::string_view view() const { return {bytes.get(), size}; }
-};
+  const char* behind = begin;
+  head.kind = token_kind::string;
+  switch (class_of(*begin)) {
+    case byte_class::sign_or_point:
+    case byte_class::digit:
+      behind = skip_number(begin, end_);
+      if ((behind == end_ || ends_word(*behind)) && is_whole_number(begin, behind)) {
+        head.kind = token_kind::number;
+        break;
+      }
+      [[fallthrough]];
+    case byte_class::other:
+      while (behind != end_ && !ends_word(*behind)) ++behind;
+      break;
+    case byte_class::brace:
+      head.kind = token_kind::brace;
+      ++behind;
+      break;
+    case byte_class::blank:  // all of them are behind us
+    case byte_class::line_end: take_null_token(head); return;
+  }
+  head.text = {begin, static_cast<std::size_t>(behind - begin)};
 
-/// Reads the source to its end and returns its text, ready to be made into a token_list. When a
-/// read fails the error number, the line reached and what was read of it go to the console and the
-/// run ends early. `expected_size` saves growing the buffer when it is right.
-file_text tokenize_file(byte_source& source, std::size_t expected_size, text_writer& console);
+  const bool plain_text_next = end_ - behind > 1 && static_cast<unsigned char>(behind[1]) > ' ';
+  if (plain_text_next && *behind == ' ') {
+    position_ = behind;
+    head.line_ends = 0;
+  } else if (plain_text_next && *behind == '\n') {
+    position_ = behind + 1;
+    ++line_number_;
+    head.line_ends = 1;
+  } else {
+    position_ = behind;
+    head.line_ends = take_line_ends();
+  }
+}
 
 }  // namespace trellion

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <optional>
+#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -70,7 +71,6 @@ class engine {
 
   void merge(const partner& found);
   edge partner_edge(path_index partner_path, edge at) const;
-  void list_suspects(path_index partner_path);
   void index_changed_edges();
 
   ordered_edges& order_edges(path_index path);
@@ -89,8 +89,10 @@ class engine {
   std::uint32_t filings_ = 0;
   path_index current_ = no_path;
   std::unordered_map<path_index, ordered_edges> large_;
-  std::vector<point_index> suspects_;
+  std::vector<bool> is_large_;  // by path: whether large_ has it
   std::int64_t merges_ = 0;
+  std::int64_t reported_merges_ = -1;
+  std::string progress_line_;
 };
 
 engine::engine(path_store& store, strata& strata, text_writer& console, const engine_sizes& sizes)
@@ -99,12 +101,14 @@ engine::engine(path_store& store, strata& strata, text_writer& console, const en
       console_(console),
       sizes_(sizes),
       index_(store, sizes.crowd),
-      cleanup_(store, index_) {
+      cleanup_(store, index_),
+      is_large_(store.paths.size()) {
   for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
     for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
       index_.add_path(p, next_rank(n));
     }
   }
+  index_.add_rest();
   unmatched_from_ = next_rank(n_);
 }
 
@@ -124,7 +128,14 @@ void engine::process(std::int32_t merge_limit) {
 /// Made in every round, so the line is repeated while the count stays on a hundred.
 void engine::report_progress() {
   if (merges_ % 100 != 0) return;
-  console_.put("\x1b[1A  Processing ... mergers :").put(integer_field(merges_, 7)).put(nl);
+  if (merges_ != reported_merges_) {
+    reported_merges_ = merges_;
+    progress_line_ = "\x1b[1A  Processing ... mergers :" + integer_field(merges_, 7) + nl;
+    console_.put(progress_line_);
+    if (merges_ > 0) console_.flush();
+  } else {
+    console_.put(progress_line_);
+  }
 }
 
 /// Takes the next path out of its stratum, the stratum after it when that is used up. Paths that
@@ -163,31 +174,32 @@ std::optional<engine::partner> engine::find_partner() {
 }
 
 std::optional<engine::partner> engine::find_partner_of_small() {
-  std::optional<partner> found;
-  rank best = first_rank(n_ + 1);
+  ranked_edge best = {first_rank(n_ + 1), no_point};
+  edge own = no_point;
   const ps_path& path = store_.paths[current_];
   edge e = path.cursor;
   for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
-    const auto neighbour = index_.first_neighbour(e);
-    if (!neighbour || neighbour->order >= best) continue;
-    best = neighbour->order;
-    found = partner{index_.owner(neighbour->at), e};
+    const ranked_edge neighbour = index_.first_neighbour(e);
+    if (neighbour.order >= best.order) continue;
+    best = neighbour;
+    own = e;
   }
-  return found;
+  if (own == no_point) return std::nullopt;
+  return partner{index_.owner(best.at), own};
 }
 
 std::optional<engine::partner> engine::find_partner_of_large() {
   ordered_edges& ordered = order_edges(current_);
-  std::optional<ranked_edge> best;
-  while (!best && !ordered.by_rank.empty()) {
+  ranked_edge best = nobody;
+  while (best.at == no_point && !ordered.by_rank.empty()) {
     const ranked_edge top = ordered.by_rank.top();
     const bool is_own =
         index_.contains(top.at) && index_.owner(top.at) == current_ && !index_.is_crowded(top.at);
-    const auto neighbour = is_own ? index_.first_neighbour(top.at) : std::nullopt;
-    if (!neighbour) {
+    const ranked_edge neighbour = is_own ? index_.first_neighbour(top.at) : nobody;
+    if (neighbour.at == no_point) {
       ordered.by_rank.pop();
-    } else if (neighbour->order != top.order) {
-      ordered.by_rank.change_top(neighbour->order);
+    } else if (neighbour.order != top.order) {
+      ordered.by_rank.change_top(neighbour.order);
     } else {
       best = neighbour;
     }
@@ -197,11 +209,11 @@ std::optional<engine::partner> engine::find_partner_of_large() {
     return !index_.contains(e) || index_.owner(e) != current_ || !index_.is_crowded(e);
   });
   for (const edge e : ordered.crowded) {
-    const auto neighbour = index_.first_neighbour(e);
-    if (neighbour && (!best || neighbour->order < best->order)) best = neighbour;
+    const ranked_edge neighbour = index_.first_neighbour(e);
+    if (neighbour.order < best.order) best = neighbour;
   }
-  if (!best || best->order >= first_rank(n_ + 1)) return std::nullopt;
-  const path_index path = index_.owner(best->at);
+  if (best.order >= first_rank(n_ + 1)) return std::nullopt;
+  const path_index path = index_.owner(best.at);
   return partner{path, first_shared_edge(path)};
 }
 
@@ -234,8 +246,7 @@ edge engine::first_from(point_index start, std::vector<edge> edges) const {
     point_index at;
   };
   std::ranges::sort(edges);
-  const auto repeated = std::ranges::unique(edges);
-  edges.erase(repeated.begin(), repeated.end());
+  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
   std::vector<runner> runners;
   for (const edge e : edges) runners.push_back({e, e});
   while (runners.size() > 1) {
@@ -259,9 +270,7 @@ void engine::merge(const partner& found) {
   path.cursor = found.at;
   other.cursor = partner_edge(b, found.at);
   const std::vector<ps_point>& points = store_.points;
-  const bool same_direction =
-      points[path.cursor].same_place(points[other.cursor]) &&
-      points[points[path.cursor].next].same_place(points[points[other.cursor].next]);
+  const bool same_direction = points[path.cursor].same_place(points[other.cursor]);
   assert(is_sound(store_, b) && b != current_);
   if (same_direction) reverse(store_, b);
   assert(is_sound(store_, b));
@@ -270,19 +279,23 @@ void engine::merge(const partner& found) {
   for (point_index p = points[other.cursor].next; p != other.cursor; p = points[p].next) {
     index_.set_owner(p, current_);
   }
-  list_suspects(b);
+  cleanup_.note_suspects(current_, b);
   const edge first_of_b = points[other.cursor].next;
   const edge last_of_b = points[other.cursor].prev;
   merge_postscript_paths(store_, current_, b);
-  large_.erase(b);
-  if (const auto large = large_.find(current_); large != large_.end()) {
+  if (is_large_[b]) {
+    large_.erase(b);
+    is_large_[b] = false;
+  }
+  if (is_large_[current_]) {
+    ordered_edges& ordered = large_.at(current_);
     for (edge e = first_of_b;; e = points[e].next) {
-      order_edge(large->second, e);
+      order_edge(ordered, e);
       if (e == last_of_b) break;
     }
   }
 
-  cleanup_.run(current_, suspects_);
+  cleanup_.run(current_);
   if (path.n_points < strata::min_points) {
     console_.put("trellion: fatal error --- collapsed path!").put(nl);
     throw early_end{};
@@ -295,33 +308,19 @@ void engine::merge(const partner& found) {
 
 /// The first edge of the partner, from its cursor on, that lies like the given one.
 edge engine::partner_edge(path_index partner_path, edge at) const {
+  const edge only = index_.only_partner(at);
+  if (only != no_point) return only;
   edge e = store_.paths[partner_path].cursor;
   while (!index_.lie_alike(e, at)) e = store_.points[e].next;
   return e;
 }
 
-/// The points that a merger along the cursors makes suspect, in the order of the joined ring from
-/// its cursor on: those next to the two seams, and those left untested before.
-void engine::list_suspects(path_index partner_path) {
-  suspects_.clear();
-  for (const path_index path : {current_, partner_path}) {
-    const ps_path& p = store_.paths[path];
-    const auto [coords, first, last] = store_.points[p.cursor];
-    suspects_.push_back(first);
-    if (p.untested != no_point && p.untested != first && p.untested != last &&
-        p.untested != p.cursor) {
-      suspects_.push_back(p.untested);
-    }
-    suspects_.push_back(last);
-  }
-}
-
 void engine::index_changed_edges() {
-  const auto large = large_.find(current_);
+  for (const edge e : cleanup_.changed_edges()) index_.prefetch(e);
   for (const edge e : cleanup_.changed_edges()) {
     index_.add(e);
     tell_neighbours(e);
-    if (large != large_.end()) order_edge(large->second, e);
+    if (is_large_[current_]) order_edge(large_.at(current_), e);
   }
 }
 
@@ -329,6 +328,7 @@ void engine::index_changed_edges() {
 ordered_edges& engine::order_edges(path_index path) {
   const auto [found, added] = large_.try_emplace(path);
   if (added) {
+    is_large_[path] = true;
     edge e = store_.paths[path].cursor;
     for (std::uint32_t i = 0; i < store_.paths[path].n_points; ++i, e = store_.points[e].next) {
       order_edge(found->second, e);
@@ -338,11 +338,11 @@ ordered_edges& engine::order_edges(path_index path) {
 }
 
 void engine::order_edge(ordered_edges& ordered, edge e) {
-  const auto neighbour = index_.first_neighbour(e);
+  const ranked_edge neighbour = index_.first_neighbour(e);
   if (index_.is_crowded(e)) {
     ordered.crowded.push_back(e);
-  } else if (neighbour) {
-    ordered.by_rank.push({neighbour->order, e});
+  } else if (neighbour.at != no_point) {
+    ordered.by_rank.push({neighbour.order, e});
   }
 }
 
@@ -356,17 +356,17 @@ void engine::tell_neighbours(edge e) {
   }
   if (large_.empty()) return;
   index_.for_each_alike(e, [&](edge alike) {
-    const auto large = large_.find(index_.owner(alike));
-    if (large == large_.end()) return;
-    large->second.by_rank.push({index_.rank_of(index_.owner(e)), alike});
+    const path_index neighbour = index_.owner(alike);
+    if (!is_large_[neighbour]) return;
+    large_.at(neighbour).by_rank.push({index_.rank_of(index_.owner(e)), alike});
   });
 }
 
 /// An edge of a large path that has become crowded is no longer kept in order by its heap.
 void engine::note_new_crowds() {
   for (const edge e : index_.take_newly_crowded()) {
-    const auto large = large_.find(index_.owner(e));
-    if (large != large_.end()) large->second.crowded.push_back(e);
+    const path_index path = index_.owner(e);
+    if (is_large_[path]) large_.at(path).crowded.push_back(e);
   }
 }
 

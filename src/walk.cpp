@@ -2,146 +2,148 @@
 
 #include <algorithm>
 #include <cstdint>
-
-#include "string_utils.h"
+#include <string_view>
+#include <vector>
 
 namespace trellion {
 namespace {
 
-/// A run of polygons and the token that broke it.
-struct polygon_run {
-  std::int64_t polygons = 0;
-  token_list end;             ///< behind the last complete polygon
-  token_list behind_breaker;  ///< behind the token that broke the run, or at the end of the list
-  bool broken_by_operator = false;
-};
-
-/// Recognises consecutive polygons of exactly one form.
+/// Reads consecutive polygons of exactly one form, up to the token that breaks the run, and gathers
+/// their vertices in a group.
 class run_matcher {
  public:
-  explicit run_matcher(const drawing_token_set& operators) : operators_(operators) {}
+  run_matcher(const token_list& list, const drawing_token_set& operators, polygon_group& group)
+      : operators_(operators), group_(group), end_(list), tokens_(list) {
+    // Much more than is needed does not cost memory that is not used; growing would be copying.
+    if (group_.vertices.capacity() == 0) group_.vertices.reserve(list.n_bytes() / 12);
+    group_.vertices.clear();
+    group_.n_vertices.clear();
+  }
 
-  /// Matches as many polygons as stand at the head of a list.
-  polygon_run match(token_list list);
+  /// Returns the number of polygons read. That of the group can be one less.
+  std::int64_t read();
+
+  /// Behind the group's last polygon.
+  [[nodiscard]] const token_list& end() const { return end_; }
+  /// Behind the token that broke the run, or the end of the list.
+  [[nodiscard]] const token_list& behind_breaker() const { return tokens_.rest(); }
+  /// The token that broke the run, unless the list ended there.
+  [[nodiscard]] const token* breaker() const {
+    return tokens_.at_end() ? nullptr : &tokens_.last();
+  }
 
  private:
-  enum class state { x, y, moveto, vertex_or_end, vertex_y, lineto, trailing, last_trailing };
-
-  bool accepts(const token& t, const token_list& behind);
-  bool go(state next) {
-    state_ = next;
-    return true;
-  }
-  bool go_if(bool condition, state next) { return condition && go(next); }
-  bool accepts_end_polygon(const token_list& behind);
-  bool accepts_trailing(const token& t, const token_list& behind);
-  bool accepts_last_trailing(const token& t, const token_list& behind);
-  bool complete_polygon(const token_list& behind);
-  [[nodiscard]] bool last_trailing_varies() const {
-    return operators_.trailing_operators.back().kind == token_kind::varying;
-  }
-  [[nodiscard]] bool is_operator(const token& t) const;
+  bool read_polygon();
+  bool read_vertex(const token& op);
+  bool read_trailing();
+  bool read_last_trailing();
+  void end_group_here();
 
   const drawing_token_set& operators_;
-  state state_ = state::x;
-  std::size_t expected_trailing_ = 0;
-  polygon_run run_;
+  polygon_group& group_;
+  token_list end_;
+  token_matcher tokens_;
+  std::int64_t polygons_ = 0;
+  std::size_t n_vertices_ = 0;  // of the group: up to end_
+  std::size_t n_polygons_ = 0;
 };
 
-polygon_run run_matcher::match(token_list list) {
-  run_ = {};
-  state_ = state::x;
-  while (!list.empty()) {
-    const token t = list.take_head();
-    if (!accepts(t, list)) {
-      run_.behind_breaker = list;
-      run_.broken_by_operator = is_operator(t);
-      return run_;
-    }
-  }
-  // The list ends where the last trailing operator could still follow: the polygon counts.
-  if (state_ == state::last_trailing && last_trailing_varies()) ++run_.polygons;
-  run_.behind_breaker = list;
-  return run_;
+std::int64_t run_matcher::read() {
+  while (tokens_.next_is_number() && read_polygon()) ++polygons_;
+  group_.vertices.resize(n_vertices_);
+  group_.n_vertices.resize(n_polygons_);
+  return polygons_;
 }
 
-/// False when the token breaks the run. `behind` begins after the token.
-bool run_matcher::accepts(const token& t, const token_list& behind) {
-  switch (state_) {
-    case state::x: return go_if(t.is_number(), state::y);
-    case state::y: return go_if(t.is_number(), state::moveto);
-    case state::moveto: return go_if(tok_eq_tok(t, operators_.moveto_token), state::vertex_or_end);
-    case state::vertex_or_end:
-      if (t.is_number()) return go(state::vertex_y);
-      return tok_eq_tok(t, operators_.end_polygon_token) && accepts_end_polygon(behind);
-    case state::vertex_y: return go_if(t.is_number(), state::lineto);
-    case state::lineto: return go_if(tok_eq_tok(t, operators_.lineto_token), state::vertex_or_end);
-    case state::trailing: return accepts_trailing(t, behind);
-    case state::last_trailing: return accepts_last_trailing(t, behind);
+/// Reads a polygon after its first number.
+bool run_matcher::read_polygon() {
+  const std::size_t first = group_.vertices.size();
+  if (!read_vertex(operators_.moveto_token)) return false;
+  while (tokens_.next_is_number()) {
+    if (!read_vertex(operators_.lineto_token)) return false;
   }
-  return false;
+  if (tokens_.at_end() || tok_neq_tok(tokens_.last(), operators_.end_polygon_token)) return false;
+  group_.n_vertices.push_back(static_cast<std::uint32_t>(group_.vertices.size() - first));
+  return read_trailing();
 }
 
-bool run_matcher::accepts_end_polygon(const token_list& behind) {
-  expected_trailing_ = 0;
-  switch (operators_.trailing_operators.size()) {
-    case 0: return complete_polygon(behind);
-    // Kept as it is: with a single, varying trailing operator that is missing, the polygon counts
-    // but its end is not recorded. The group then ends one polygon early, and the polygon is
-    // looked at again as the start of the next run.
-    case 1: return go(state::last_trailing);
-    default: return go(state::trailing);
-  }
+/// Reads a vertex after its first number.
+bool run_matcher::read_vertex(const token& op) {
+  const char* const x = tokens_.last().text.data();
+  if (!tokens_.next_is_number()) return false;
+  group_.vertices.push_back({x, tokens_.last().text.data()});
+  return tokens_.next_is(op);
 }
-
-bool run_matcher::accepts_trailing(const token& t, const token_list& behind) {
-  const auto& trailing = operators_.trailing_operators;
-  if (tok_neq_tok(t, trailing[expected_trailing_])) return false;
-  ++expected_trailing_;
-  if (expected_trailing_ + 1 < trailing.size()) return true;
-  if (last_trailing_varies()) run_.end = behind;
-  return go(state::last_trailing);
+/// Reads the operators after the end of a polygon. False when the run is broken.
+bool run_matcher::read_trailing() {
+  const std::vector<token>& trailing = operators_.trailing_operators;
+  for (std::size_t i = 0; i + 1 < trailing.size(); ++i) {
+    if (!tokens_.next_is(trailing[i])) return false;
+  }
+  if (!trailing.empty() && !read_last_trailing()) return false;
+  end_group_here();
+  return true;
 }
 
 /// A last operator that varies may be missing: the polygon counts, and the run ends there.
-bool run_matcher::accepts_last_trailing(const token& t, const token_list& behind) {
-  if (equal_blank_padded(t.text, operators_.trailing_operators.back().text)) {
-    return complete_polygon(behind);
-  }
-  if (last_trailing_varies()) ++run_.polygons;
+bool run_matcher::read_last_trailing() {
+  const token& expected = operators_.trailing_operators.back();
+  const bool varies = expected.kind == token_kind::varying;
+  // Kept as it is: when the only trailing operator varies, the end before it is not recorded. The
+  // group then ends one polygon early, and that polygon is looked at again as the start of a run.
+  if (varies && operators_.trailing_operators.size() > 1) end_group_here();
+  if (tokens_.next() && same_text(tokens_.last().text, expected.text)) return true;
+  if (varies) ++polygons_;
   return false;
 }
 
-bool run_matcher::complete_polygon(const token_list& behind) {
-  ++run_.polygons;
-  run_.end = behind;
-  return go(state::x);
+void run_matcher::end_group_here() {
+  end_ = tokens_.rest();
+  n_vertices_ = group_.vertices.size();
+  n_polygons_ = group_.n_vertices.size();
+  group_.last_line = tokens_.last().line_number;
 }
 
-bool run_matcher::is_operator(const token& t) const {
-  const auto equals = [&t](const token& op) { return tok_eq_tok(t, op); };
-  return equals(operators_.moveto_token) || equals(operators_.lineto_token) ||
-         equals(operators_.end_polygon_token) ||
-         std::any_of(operators_.trailing_operators.begin(), operators_.trailing_operators.end(),
-                     equals);
+/// The texts of the operators, sorted. One that varies is no operator to look for.
+std::vector<std::string_view> operator_texts(const drawing_token_set& operators) {
+  std::vector<std::string_view> texts = {operators.moveto_token.text, operators.lineto_token.text,
+                                         operators.end_polygon_token.text};
+  for (const token& t : operators.trailing_operators) {
+    if (t.is_string()) texts.push_back(t.text);
+  }
+  std::ranges::sort(texts);
+  return texts;
 }
 
 }  // namespace
 
 void walk(token_list list, const drawing_token_set& operators, text_writer& out,
           const group_handler& handle_group) {
-  run_matcher matcher(operators);
+  const std::vector<std::string_view> texts = operator_texts(operators);
+  const auto is_operator = [&texts](const token& t) {
+    return t.is_string() && std::ranges::binary_search(texts, t.text);
+  };
+  polygon_group group;
   while (!list.empty()) {
-    const polygon_run run = matcher.match(list);
-    if (run.polygons >= 2) {
-      handle_group({list, run.end});
-      list = run.end;
-    } else if (run.broken_by_operator) {
+    token_list rest = list;
+    const token head = rest.take_head();
+    if (!head.is_number()) {  // no polygon starts here, and none can be broken
+      write_token(head, out);
+      list = rest;
+      continue;
+    }
+    run_matcher run(list, operators, group);
+    if (run.read() >= 2) {
+      group.begin = list;
+      handle_group(group);
+      list = run.end();
+    } else if (run.breaker() != nullptr && is_operator(*run.breaker())) {
       // The operator may itself belong to a polygon that starts between the head and it.
-      write_token(list.take_head(), out);
+      write_token(head, out);
+      list = rest;
     } else {
-      purge({list, run.behind_breaker}, out);
-      list = run.behind_breaker;
+      purge({list, run.behind_breaker()}, out);
+      list = run.behind_breaker();
     }
   }
 }

@@ -1,15 +1,24 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "setup.h"
 #include "tokens.h"
 
 namespace trellion {
 
-/// Takes a run of two or more consecutive polygons, from its first token to the last one that
-/// belongs to a polygon.
-using group_handler = std::function<void(token_range group)>;
+/// A run of two or more consecutive polygons.
+struct polygon_group {
+  token_list begin;                       ///< the list that it is the beginning of
+  std::int64_t last_line = 0;             ///< input line of its last token
+  std::vector<coord_texts> vertices;      ///< of all polygons, one after the other
+  std::vector<std::uint32_t> n_vertices;  ///< of each polygon; at least one
+};
+
+/// May take what it likes out of the group.
+using group_handler = std::function<void(polygon_group& group)>;
 
 /// Goes through the list once. Every run of two or more polygons that are drawn with exactly the
 /// given operators goes to the handler, which writes what takes its place; everything else is

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "support.h"
 
 namespace trellion::testing {
@@ -9,8 +11,13 @@ namespace {
 
 /// The path that the numbers of a text make, its points in order and its cursor on the last one.
 path_index path_of(std::string_view numbers, path_store& store) {
-  return tokens_to_ps_path({token_list(numbers), token_list(numbers.substr(numbers.size()))},
-                           store);
+  const std::size_t first = store.texts.size();
+  for (token_list list(numbers); !list.empty();) {
+    const char* const x = list.take_head().text.data();
+    store.texts.push_back({x, list.take_head().text.data()});
+  }
+  store.text_end = numbers.data() + numbers.size();
+  return tokens_to_ps_path(static_cast<std::uint32_t>(store.texts.size() - first), store);
 }
 
 std::string written(path_store& store, path_index path) {
@@ -27,33 +34,42 @@ std::string cleaned(std::string_view numbers) {
   return store.paths[path].n_points == 0 ? "nothing" : written(store, path);
 }
 
+/// The coordinate of a number, read from the end of a text and from the middle of a longer one.
+std::int32_t coordinate(const std::string& number) {
+  const std::string longer = number + " 123.456 l";
+  const std::int32_t result = thousandths(number.data(), number.data() + number.size());
+  EXPECT_EQ(thousandths(longer.data(), longer.data() + longer.size()), result) << number;
+  return result;
+}
+
 TEST(coordinates, are_thousandths_rounded_away_from_zero) {
-  EXPECT_EQ(thousandths("1"), thousandths("1.000"));
-  EXPECT_EQ(thousandths("0.0005"), 1);
-  EXPECT_EQ(thousandths("-0.0005"), -1);
-  EXPECT_EQ(thousandths(".0004"), 0);
-  EXPECT_EQ(thousandths("-5."), -5000);
+  EXPECT_EQ(coordinate("1"), coordinate("1.000"));
+  EXPECT_EQ(coordinate("0.0005"), 1);
+  EXPECT_EQ(coordinate("-0.0005"), -1);
+  EXPECT_EQ(coordinate(".0004"), 0);
+  EXPECT_EQ(coordinate("-5."), -5000);
+  // Every text of digits and a point, against the rounding of the double that it stands for.
+  for (const auto* digits : {"0000004", "1000005", "1499999", "0499949", "2147483", "0000355"}) {
+    for (std::size_t point = 0; point <= 7; ++point) {
+      const std::string number = std::string(digits).insert(point, ".");
+      const double scaled = std::strtod(number.c_str(), nullptr) * 1000.0;
+      EXPECT_EQ(coordinate(number), static_cast<std::int64_t>(scaled + 0.5)) << number;
+    }
+  }
 }
 
 TEST(coordinates, are_cut_to_eight_characters_and_must_fit) {
-  EXPECT_EQ(thousandths("123.456789"), 123457);  // 123.4567
-  EXPECT_EQ(thousandths("2147483.647"), 2147483000);
-  EXPECT_EQ(thousandths("-2147483.648"), -2147483000);
-  for (const auto* bad : {".", "-.", "2147484.", "-2147484"}) {
-    EXPECT_THROW(thousandths(bad), coordinate_error) << bad;
-  }
-  path_store store;
-  try {
-    path_of("1 2 m\n3\n -. l h", store);
-    FAIL();
-  } catch (const coordinate_error& error) {
-    EXPECT_STREQ(error.what(), "'-.' is not a coordinate in line 3");
+  EXPECT_EQ(coordinate("123.456789"), 123457);  // 123.4567
+  EXPECT_EQ(coordinate("2147483.647"), 2147483000);
+  EXPECT_EQ(coordinate("-2147483.648"), -2147483000);
+  for (const auto* bad : {".", "-.", "2147484.", "-2147484", "12345678"}) {
+    EXPECT_THROW(coordinate(bad), bad_coordinate) << bad;
   }
 }
 
 TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
   path_store store;
-  const path_index one = path_of("00.10 -.5 m", store);
+  const path_index one = path_of("00.10 -.5", store);
   EXPECT_EQ(written(store, one), "00.10 -.5 m\nh f\n");
   const path_index six = path_of("1 1 2 2 3 3 4 4 5 5 123456.789 0", store);
   EXPECT_EQ(written(store, six), "123456.7 0 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\nh f\n");
@@ -98,8 +114,9 @@ TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zer
 
 TEST(path_merge, joins_rings_along_their_cursor_edges) {
   path_store store;
-  const path_index a = path_of("1 1 0 1 0 0 1 0", store);    // from (1 0) to (1 1)
-  const path_index b = path_of("1.0 0 2 0 2 1 1 1", store);  // from (1 1) to (1 0)
+  const std::string_view text = "1 1 0 1 0 0 1 0 1.0 0 2 0 2 1 1 1";
+  const path_index a = path_of(text.substr(0, 15), store);  // cursor edge from (1 0) to (1 1)
+  const path_index b = path_of(text.substr(16), store);     // from (1 1) to (1 0)
   merge_postscript_paths(store, a, b);
   EXPECT_EQ(store.paths[a].n_points, 6U);
   EXPECT_EQ(store.paths[a].x_max, 2000);

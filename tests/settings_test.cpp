@@ -11,28 +11,39 @@
 namespace trellion::testing {
 namespace {
 
+/// Makes a directory the current one for a while.
+class working_directory {
+ public:
+  explicit working_directory(const std::filesystem::path& path)
+      : previous_(std::filesystem::current_path()) {
+    std::filesystem::current_path(path);
+  }
+  ~working_directory() { std::filesystem::current_path(previous_); }
+  working_directory(const working_directory&) = delete;
+  working_directory& operator=(const working_directory&) = delete;
+
+ private:
+  std::filesystem::path previous_;
+};
+
 /// The settings in one text, or what the console shows when the run ends early. A file of the name
 /// "./s.eps" exists.
 std::string settings_for(std::vector<const char*> arguments, const std::string& answers = "") {
   const scratch_directory directory;
   directory.write("s.eps", "");
   directory.write("a b'c.eps", "");
-  const auto previous = std::filesystem::current_path();
-  std::filesystem::current_path(directory.path());
+  const working_directory here(directory.path());
   captured_text console;
   std::istringstream input(answers);
-  std::string result;
   try {
     const run_settings s = obtain_settings(arguments, input, console);
-    result = s.filename + " " + s.repaired_filename + " m" + std::to_string(s.merge_limit) + " s" +
-             std::to_string(s.min_separators) + (s.remove_mesh ? " r" : "") +
-             (s.verbose ? " v" : "");
+    return s.filename + " " + s.repaired_filename + " m" + std::to_string(s.merge_limit) + " s" +
+           std::to_string(s.min_separators) + (s.remove_mesh ? " r" : "") + (s.verbose ? " v" : "");
   } catch (const early_end&) {
     const std::string text = console.text();
-    result = text.substr(0, text.find("Usage")) + (text.find("Usage") < text.size() ? "usage" : "");
+    const std::size_t usage = text.find("Usage");
+    return usage == std::string::npos ? text : text.substr(0, usage) + "usage";
   }
-  std::filesystem::current_path(previous);
-  return result;
 }
 
 TEST(settings, from_arguments) {

@@ -32,24 +32,32 @@ std::string scratch_directory::read(const std::string& name) const {
 outcome shell(const std::string& command, const scratch_directory& directory) {
   const scratch_directory streams;
   const std::string at = streams.path();
-  const std::string line = "cd " + directory.path().string() +
-                           " && export TRELLION=" + TRELLION_PROGRAM + " && (" + command + ") >" +
-                           at + "/out 2>" + at + "/err";
+  const std::string path = std::filesystem::path(TRELLION_PROGRAM).parent_path();
+  const std::string line = "cd '" + directory.path().string() + "' && PATH='" + path +
+                           "':$PATH && (" + command + ") >'" + at + "/out' 2>'" + at + "/err'";
   const int status = std::system(line.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
 }
 
 std::string masked(const std::string& text) {
   std::string result = text;
+  // Replaces what follows `before` by the mask if it has the mask's form: digits for digits.
   const auto overwrite = [&result](std::string_view before, std::string_view mask) {
     const std::size_t at = result.find(before);
-    if (at != std::string::npos) result.replace(at + before.size(), mask.size(), mask);
+    if (at == std::string::npos) return;
+    const std::size_t begin = at + before.size();
+    for (std::size_t i = 0; i < mask.size(); ++i) {
+      const char c = begin + i < result.size() ? result[begin + i] : '\0';
+      const bool fits = mask[i] == '0' ? c >= '0' && c <= '9' : c == mask[i];
+      if (!fits) return;
+    }
+    result.replace(begin, mask.size(), mask);
   };
-  overwrite("Processing completed in ", "  0.0000 seconds");
+  overwrite("Processing completed in   ", "0.0000 seconds");
   const std::size_t comment = result.find("%%Processed by ");
   if (comment != std::string::npos) {
     overwrite(result.substr(comment, result.find(" at ", comment) - comment),
-              " at 12:00 on 01/01/2000");
+              " at 00:00 on 00/00/0000");
   }
   return result;
 }

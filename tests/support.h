@@ -53,10 +53,10 @@ struct outcome {
   std::string err;
 };
 
-/// Runs a shell command in the directory, "$TRELLION" standing for the program.
+/// Runs a shell command in the directory; `trellion` is the program.
 outcome shell(const std::string& command, const scratch_directory& directory);
 
-/// The text with the time spent and the date and time of repair replaced by fixed ones.
+/// The text with the digits of the time spent and of the date and time of repair made zeros.
 std::string masked(const std::string& text);
 
 /// The operators m, l, and h followed by f.

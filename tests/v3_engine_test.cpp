@@ -26,16 +26,18 @@ result run(const std::string& text, Engine engine) {
   captured_text console;
   captured_text paths;
   const drawing_token_set operators = mlhf();
-  const token_range all{token_list(text), token_list(std::string_view(text).substr(text.size()))};
-  ps_path_queue queue = tokens_to_ps_path_queue(all, operators.end_polygon_token, store, ignored);
-  strata strata = stratify(store, queue);
-  try {
-    engine(store, strata, console);
-  } catch (const early_end&) {
-    return {console.text(), ""};
-  }
-  gather(strata, queue, console);
-  queue.output(operators, paths);
+  walk(token_list(text), operators, paths, [&](polygon_group& group) {
+    ps_path_queue queue = tokens_to_ps_path_queue(group, store, ignored);
+    if (queue.n_paths() < 2) return;
+    strata strata = stratify(store, queue);
+    try {
+      engine(store, strata, console);
+    } catch (const early_end&) {
+      return;
+    }
+    gather(strata, queue, console);
+    queue.output(operators, paths);
+  });
   return {console.text(), paths.text()};
 }
 
