@@ -37,6 +37,7 @@ edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
       links_(store.points.size()),
       ranks_(store.paths.size()) {
   if (store.paths.size() > owner_mask) throw run_error("a group has too many polygons");
+  edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
   resize_table(store.points.size() + store.points.size() / 2);
 }
 
@@ -49,9 +50,9 @@ void edge_index::add_path(path_index path, rank order) {
   for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.points[e].next) {
     set_owner(e, path);
     staged_edge& place = staged_[n_staged_ % staged_.size()];
-    if (n_staged_ >= staged_.size()) add_at(place.at, place.home);
-    place = {e, home(e)};
-    __builtin_prefetch(&slots_[place.home]);
+    if (n_staged_ >= staged_.size()) add_hashed(place.at, place.hash);
+    place = {e, hash(e)};
+    __builtin_prefetch(&slots_[home(place.hash)]);
     ++n_staged_;
   }
 }
@@ -60,7 +61,7 @@ void edge_index::add_rest() {
   const std::size_t first = n_staged_ - std::min(n_staged_, staged_.size());
   for (std::size_t i = first; i < n_staged_; ++i) {
     const staged_edge& staged = staged_[i % staged_.size()];
-    add_at(staged.at, staged.home);
+    add_hashed(staged.at, staged.hash);
   }
   n_staged_ = 0;
 }
@@ -73,56 +74,55 @@ bool edge_index::lie_alike(edge a, edge b) const {
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
-/// The slot where the search for an edge's bundle begins, the same for both directions.
-std::size_t edge_index::home(edge e) const {
+/// The same for both directions of an edge.
+std::uint64_t edge_index::hash(edge e) const {
   const ps_point& p = store_.points[e];
   const std::uint64_t a = packed(p);
   const std::uint64_t b = packed(store_.points[p.next]);
-  std::uint64_t h = std::min(a, b) * 0x9e3779b97f4a7c15 + std::max(a, b) * 0xc2b2ae3d27d4eb4f;
-  h = (h ^ h >> 32) * 0xd6e8feb86659fd93;
-  return h >> (64 - slot_bits_);
+  const std::uint64_t h = std::min(a, b) * 0x9e3779b97f4a7c15 + std::max(a, b) * 0xc2b2ae3d27d4eb4f;
+  return (h ^ h >> 32) * 0xd6e8feb86659fd93;
 }
 
-void edge_index::add(edge e) { add_at(e, home(e)); }
+void edge_index::add(edge e) { add_hashed(e, hash(e)); }
 
-void edge_index::prefetch(edge e) const { __builtin_prefetch(&slots_[home(e)]); }
+void edge_index::prefetch(edge e) const { __builtin_prefetch(&slots_[home(hash(e))]); }
 
-void edge_index::add_at(edge e, std::size_t home) {
+void edge_index::add_hashed(edge e, std::uint64_t hash) {
   const std::size_t mask = slots_.size() - 1;
+  const slot wanted = slot_for(0, hash);
   std::size_t free_slot = slots_.size();
-  std::size_t i = home;
-  for (; slots_[i] != no_point; i = (i + 1) & mask) {
-    if (!is_live_head(slots_[i])) {
+  std::size_t i = home(hash);
+  for (; slots_[i] != empty_slot; i = (i + 1) & mask) {
+    const edge found = edge_in(slots_[i]);
+    if (slots_[i] != (wanted | found)) continue;
+    if (!is_live_head(found)) {
       free_slot = std::min(free_slot, i);
-    } else if (lie_alike(slots_[i], e)) {
-      join(e, std::exchange(slots_[i], e));
+    } else if (lie_alike(found, e)) {
+      join(e, found);
+      slots_[i] = wanted | e;
       return;
     }
   }
-  links_[e].indexed = true;
-  links_[e].next_alike = e;
-  links_[e].head = true;
-  links_[e].crowded = false;
+  links_[e] = {e, links_[e].owner, true, true, false};
   if (free_slot < slots_.size()) {
-    slots_[free_slot] = e;
+    slots_[free_slot] = wanted | e;
     return;
   }
-  slots_[i] = e;
+  slots_[i] = wanted | e;
   if (++used_slots_ > slots_.size() / 4 * 3) resize_table(slots_.size());
 }
 
 /// The newest edge is the head: paths are mostly worked in the order of the file, and so the head
 /// is mostly the last of its bundle to go.
 void edge_index::join(edge e, edge head) {
-  links_[head].head = false;
-  links_[e].indexed = true;
-  links_[e].head = true;
-  links_[e].crowded = links_[head].crowded;
-  if (links_[head].crowded) {
+  link& old = links_[head];
+  old.head = false;
+  links_[e] = {old.next_alike, links_[e].owner, true, true, old.crowded};
+  if (old.crowded) {
     crowd_of_[e] = crowd_of_.at(head);
     announce_to_crowd(e);
   } else {
-    links_[e].next_alike = std::exchange(links_[head].next_alike, e);
+    old.next_alike = e;
   }
 }
 
@@ -155,9 +155,10 @@ void edge_index::remove_pair(edge a, edge b) {
 
 void edge_index::replace_head(edge old_head, edge new_head) {
   const std::size_t mask = slots_.size() - 1;
-  std::size_t i = home(old_head);
-  while (slots_[i] != old_head) i = (i + 1) & mask;
-  slots_[i] = new_head;
+  const std::uint64_t h = hash(old_head);
+  std::size_t i = home(h);
+  while (slots_[i] != slot_for(old_head, h)) i = (i + 1) & mask;
+  slots_[i] = slot_for(new_head, h);
   links_[old_head].head = false;
   links_[new_head].head = true;
 }
@@ -165,17 +166,18 @@ void edge_index::replace_head(edge old_head, edge new_head) {
 /// Makes a table of at least so many slots and puts the heads of the old one into it.
 void edge_index::resize_table(std::size_t least_slots) {
   const std::size_t size = std::bit_ceil(std::max<std::size_t>(least_slots, 16));
-  const std::vector<edge> old_slots = std::exchange(slots_, std::vector<edge>(size, no_point));
+  const std::vector<slot> old_slots = std::exchange(slots_, std::vector<slot>(size, empty_slot));
   slot_bits_ = std::countr_zero(size);
   used_slots_ = 0;
-  for (const edge e : old_slots) {
-    if (e == no_point || !is_live_head(e)) continue;
-    std::size_t i = home(e);
-    while (slots_[i] != no_point && slots_[i] != e) i = (i + 1) & (size - 1);
-    if (slots_[i] == no_point) ++used_slots_;
-    slots_[i] = e;
+  for (const slot s : old_slots) {
+    if (s == empty_slot || !is_live_head(edge_in(s))) continue;
+    const std::uint64_t h = hash(edge_in(s));
+    if (s != slot_for(edge_in(s), h)) continue;  // left behind by the edge when it lay elsewhere
+    std::size_t i = home(h);
+    while (slots_[i] != empty_slot && slots_[i] != s) i = (i + 1) & (size - 1);
+    if (slots_[i] == empty_slot) ++used_slots_;
+    slots_[i] = s;
   }
-  for (staged_edge& staged : staged_) staged.home = home(staged.at);
 }
 
 ranked_edge edge_index::first_neighbour_in_bundle(edge e) {

@@ -49,6 +49,9 @@ class lazy_heap {
 /// touch it. A bundle of many edges becomes a crowd, which keeps its edges in a heap by rank
 /// instead.
 ///
+/// A slot holds an edge and, in the bits that edges of this index do not need, a part of its hash,
+/// so that most slots of other bundles are told apart without a look at their edges.
+///
 /// 1. Every bundle that is not empty has one head, and a slot of the table, reachable from the hash
 ///    of its two points, that holds the head.
 /// 2. Slots of removed edges stay behind. They are no heads, so they match nothing, and are used
@@ -124,15 +127,25 @@ class edge_index {
     bool crowded : 1;
   };
 
+  using slot = std::uint32_t;
+  static constexpr slot empty_slot = UINT32_MAX;
+
   /// An edge on its way into the index: its home slot is being fetched.
   struct staged_edge {
     edge at;
-    std::size_t home;
+    std::uint64_t hash;
   };
 
-  [[nodiscard]] std::size_t home(edge e) const;
+  [[nodiscard]] std::uint64_t hash(edge e) const;
+  [[nodiscard]] std::size_t home(std::uint64_t hash) const { return hash >> (64 - slot_bits_); }
+  [[nodiscard]] slot slot_for(edge e, std::uint64_t hash) const {
+    return e | static_cast<slot>((hash & UINT32_MAX) << edge_bits_);
+  }
+  [[nodiscard]] edge edge_in(slot s) const {
+    return static_cast<edge>(s & ((std::uint64_t{1} << edge_bits_) - 1));
+  }
   [[nodiscard]] bool is_live_head(edge e) const { return links_[e].indexed && links_[e].head; }
-  void add_at(edge e, std::size_t home);
+  void add_hashed(edge e, std::uint64_t hash);
   void join(edge e, edge head);
   void replace_head(edge old_head, edge new_head);
   void resize_table(std::size_t least_slots);
@@ -146,9 +159,10 @@ class edge_index {
   std::uint32_t crowd_size_;
   std::vector<link> links_;  // by edge
   std::vector<rank> ranks_;  // by path
-  std::vector<edge> slots_;  // no_point where nothing was ever put
+  std::vector<slot> slots_;
   std::size_t used_slots_ = 0;
-  int slot_bits_ = 0;                     // the table has 2 to this power slots
+  int edge_bits_ = 0;  // an edge is less than 2 to this power less 1, so no slot looks empty
+  int slot_bits_ = 0;  // the table has 2 to this power slots
   std::array<staged_edge, 16> staged_{};  // a ring: the oldest is overwritten by the next
   std::size_t n_staged_ = 0;              // ever
   std::vector<lazy_heap> crowds_;

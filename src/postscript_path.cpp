@@ -41,27 +41,31 @@ decimal decimal_at(const char* text, const char* end) {
   return result;
 }
 
-/// The same from the eight bytes of the text at once.
-decimal decimal_of(std::uint64_t word) {
-  decimal result;
-  result.negative = (word & 0xff) == '-';
-  if (result.negative) word >>= 8;
+/// The thousandths of most numbers, from the eight bytes of their text at once; not_common for
+/// those of more than three decimals, without a digit, or too large.
+constexpr std::int64_t not_common = INT64_MAX;
+
+std::int64_t common_thousandths(std::uint64_t word) {
+  const bool negative = (word & 0xff) == '-';
+  word >>= negative ? 8 : 0;
   const number_form form = number_form_of(word);
-  result.n_digits = form.length - (form.has_point ? 1 : 0);
-  result.decimals = result.n_digits - form.before_point;
-  if (result.n_digits == 0) return result;
+  const unsigned n_digits = form.length - (form.has_point ? 1 : 0);
+  const unsigned decimals = n_digits - form.before_point;
+  if (n_digits == 0 || decimals > 3) return not_common;
 
   // The digits without the point, the last one in the highest byte, zeros before the first.
   const std::uint64_t before = (std::uint64_t{1} << (8 * form.before_point % 64)) - 1;
   std::uint64_t digits = form.has_point ? (word & before) | (word >> 8 & ~before) : word;
-  digits = (digits & 0x0f0f0f0f0f0f0f0f) << (8 * (8 - result.n_digits));
+  digits = (digits & 0x0f0f0f0f0f0f0f0f) << (8 * (8 - n_digits));
   // Neighbours are joined to numbers of two digits, those to four, those to eight.
   digits = digits * 10 + (digits >> 8);
   digits = ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
             (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
            32;
-  result.digits = static_cast<std::int64_t>(digits);
-  return result;
+  constexpr std::array<std::int64_t, 4> unit = {1000, 100, 10, 1};
+  const std::int64_t value = static_cast<std::int64_t>(digits) * unit[decimals];
+  if (value > INT32_MAX) return not_common;
+  return negative ? -value : value;
 }
 
 void write_vertex(const path_store& store, point_index point, const token& op, text_writer& out) {
@@ -101,26 +105,22 @@ std::string_view coord_text(const char* text, const char* end) {
 }
 
 std::int32_t thousandths(const char* text, const char* end) {
-  const bool at_once = words_are_text && end - text >= 8;
-  const decimal number = at_once ? decimal_of(load_word(text)) : decimal_at(text, end);
+  if (words_are_text && end - text >= 8) {
+    const std::int64_t common = common_thousandths(load_word(text));
+    if (common != not_common) return static_cast<std::int32_t>(common);
+  }
+  const decimal number = decimal_at(text, end);
   if (number.n_digits == 0) {
     throw bad_coordinate{"'" + std::string(coord_text(text, end)) + "' is not a coordinate", text};
   }
   // The value is digits over a power of ten, both exact, so the quotient is the correctly rounded
   // double. With up to three decimals the thousandths are whole, and rounding gives just them.
-  constexpr std::array<std::int64_t, 8> power_of_ten = {1,      10,      100,       1000,
-                                                        10'000, 100'000, 1'000'000, 10'000'000};
-  std::int64_t result = 0;
-  if (number.decimals <= 3) {
-    result = number.digits * power_of_ten[3 - number.decimals];
-  } else {
-    const double value =
-        static_cast<double>(number.digits) / static_cast<double>(power_of_ten[number.decimals]);
-    // The half is added to the double, whatever that does to its last bit.
-    result =
-        static_cast<std::int64_t>(value * 1000.0 + 0.5);  // NOLINT(bugprone-incorrect-roundings)
-  }
-  if (number.negative) result = -result;
+  constexpr std::array<double, 8> power_of_ten = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+  const double value = static_cast<double>(number.digits) / power_of_ten[number.decimals];
+  // The half is added to the double, whatever that does to its last bit.
+  const auto rounded =
+      static_cast<std::int64_t>(value * 1000.0 + 0.5);  // NOLINT(bugprone-incorrect-roundings)
+  const std::int64_t result = number.negative ? -rounded : rounded;
   if (result < INT32_MIN || result > INT32_MAX) {
     throw bad_coordinate{
         "'" + std::string(coord_text(text, end)) + "' is too large for a coordinate", text};
@@ -216,12 +216,19 @@ bool is_sound(const path_store& store, path_index path) {
 }
 
 bool is_superfluous(const ps_point& before, const ps_point& point, const ps_point& after) {
-  if (distance(before, after) * distance(point, after) * distance(before, point) == 0) return true;
   const wrapping ux = difference(point.coords[0], before.coords[0]);
   const wrapping uy = difference(point.coords[1], before.coords[1]);
   const wrapping vx = difference(after.coords[0], point.coords[0]);
   const wrapping vy = difference(after.coords[1], point.coords[1]);
-  return ux != 0 ? vx * uy == ux * vy : vx == 0;
+  const bool turns = vx * uy != ux * vy;
+  // Most points are corners between neighbours that are not far away. Then no two coincide, and the
+  // product of the distances is below 2 to the power 61, so that it cannot wrap to zero.
+  constexpr wrapping reach = wrapping{1} << 19;
+  const bool all_near = ((ux + reach) | (uy + reach) | (vx + reach) | (vy + reach)) < 2 * reach;
+  if (turns && all_near) return false;
+
+  if (distance(before, after) * distance(point, after) * distance(before, point) == 0) return true;
+  return ux != 0 ? !turns : vx == 0;
 }
 
 void remove_superfluous_points_v2(path_store& store, path_index path) {

@@ -10,7 +10,7 @@ namespace trellion {
 /// From which sizes on the engine keeps what it knows instead of looking again. They change the
 /// time it takes, never the result.
 struct engine_sizes {
-  std::uint32_t large_path = 64;  ///< points of a path whose neighbours are kept in order
+  std::uint32_t large_path = 256;  ///< points of a path whose neighbours are kept in order
   std::uint32_t crowd = 64;       ///< edges between the same two points that are kept in order
 };
 
