@@ -53,7 +53,7 @@ class group_repair {
       strata strata = stratify(store_, queue);
       v3_process(store_, strata, settings_.merge_limit, console_);
       gather(strata, queue, console_);
-      repaired_.put(' ');
+      repaired_.put(' ');  // only here: a group of one path follows the text before it directly
     }
     queue.output(output_operators_, repaired_);
   }

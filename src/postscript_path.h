@@ -98,7 +98,7 @@ bool is_superfluous(const ps_point& before, const ps_point& point, const ps_poin
 
 /// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
 /// three points or more, or none: then the path must only be discarded. The point after the last
-/// removed one can stay untested; the cursor ends on the point before it.
+/// removed one can stay untested. The cursor ends on the point tested last.
 void remove_superfluous_points_v2(path_store& store, path_index path);
 
 }  // namespace trellion

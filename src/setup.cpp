@@ -137,8 +137,7 @@ std::string signature(const drawing_token_set& set) {
   return text;
 }
 
-/// How the text after an occurrence of the macro's name compares with the macro's definition.
-/// `rest` moves behind the tokens that match.
+/// True when the macro's body stands at the head of a list, which then moves behind it.
 bool definition_follows(token_list& rest) {
   for (token_list body(macro_body); !body.empty();) {
     if (rest.empty() || tok_neq_tok(rest.take_head(), body.take_head())) return false;

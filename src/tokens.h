@@ -157,7 +157,7 @@ void purge_comments(token_list& list, text_writer& out);
 /// Writes a one-line description of a token: its blanks, text, line and line ends.
 void display_token(const token& token, text_writer& out);
 
-// In the header because every token of the input goes through it, some of them three times.
+// In the header because every token of the input goes through it, twice at least.
 inline void token_list::take_head(token& head) {
   const char* begin = position_;
   while (*begin == ' ') ++begin;  // the list is not empty: a token stands before its end

@@ -131,8 +131,7 @@ void engine::report_progress() {
   if (merges_ != reported_merges_) {
     reported_merges_ = merges_;
     progress_line_ = "\x1b[1A  Processing ... mergers :" + integer_field(merges_, 7) + nl;
-    console_.put(progress_line_);
-    if (merges_ > 0) console_.flush();
+    console_.put(progress_line_).flush();
   } else {
     console_.put(progress_line_);
   }
