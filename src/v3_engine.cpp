@@ -61,7 +61,15 @@ class engine {
   void report_progress();
   bool take_up(std::int32_t merge_limit);
   void file_current();
-  rank next_rank(std::uint32_t n_points) { return first_rank(n_points) | ++filings_; }
+  /// The rank of whatever is filed next under so many points.
+  [[nodiscard]] rank next_rank(std::uint32_t n_points) const {
+    return first_rank(n_points) | (filings_ + 1);
+  }
+  rank take_rank(std::uint32_t n_points) {
+    const rank taken = next_rank(n_points);
+    ++filings_;  // at most three for each path: at the start, after a merger, without a partner
+    return taken;
+  }
 
   std::optional<partner> find_partner();
   std::optional<partner> find_partner_of_small();
@@ -105,7 +113,7 @@ engine::engine(path_store& store, strata& strata, text_writer& console, const en
       is_large_(store.paths.size()) {
   for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
     for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
-      index_.add_path(p, next_rank(n));
+      index_.add_path(p, take_rank(n));
     }
   }
   index_.add_rest();
@@ -156,7 +164,7 @@ bool engine::take_up(std::int32_t merge_limit) {
 
 void engine::file_current() {
   const std::uint32_t n_points = store_.paths[current_].n_points;
-  index_.set_rank(current_, next_rank(n_points));
+  index_.set_rank(current_, take_rank(n_points));
   strata_.of(n_points).add_after_last(current_);
   if (n_points < n_) {
     point_index point = store_.paths[current_].cursor;
