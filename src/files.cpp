@@ -65,6 +65,11 @@ std::size_t input_file::expected_size() const {
   return static_cast<std::size_t>(status_of(file_).st_size);
 }
 
+output_file::output_file(const std::string& name, mode how)
+    : name_(name),
+      file_(open_file(name, O_WRONLY | O_CREAT | (how == mode::append ? O_APPEND : O_TRUNC),
+                      "create")) {}
+
 output_file::output_file(const std::string& name, const input_file& input)
     : name_(name), file_(open_file(name, O_WRONLY | O_CREAT, "create")) {
   // Opened without O_TRUNC: only a file that is known not to be the input may be emptied.

@@ -67,11 +67,15 @@ class input_file : public byte_source {
   file_descriptor file_;
 };
 
-/// The repaired file. Created when absent; an existing one is emptied.
+/// A file to write, created when absent.
 class output_file : public byte_sink {
  public:
-  /// Throws run_error when the file cannot be opened, or when it is the input itself under
-  /// another name: then nothing has been touched.
+  enum class mode { replace, append };
+
+  /// Opens a file; what is in it goes, or stays in front. Throws run_error when that fails.
+  output_file(const std::string& name, mode how);
+  /// Opens the repaired file of an input, and empties it. Throws run_error when that fails, or when
+  /// it is the input itself under another name: then nothing has been touched.
   output_file(const std::string& name, const input_file& input);
 
   /// Throws run_error with the file's name and the reason (a full disk, say).

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "postscript_path.h"
@@ -52,6 +53,8 @@ class strata {
   [[nodiscard]] std::uint32_t max_points() const;
   /// The stratum for paths of `n_points` points, made, with all below it, when it is missing.
   ps_path_queue& of(std::uint32_t n_points);
+  /// All of them, fewest points first.
+  [[nodiscard]] std::span<const ps_path_queue> queues() const { return queues_; }
 
  private:
   path_store* store_;

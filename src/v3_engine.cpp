@@ -255,6 +255,7 @@ edge engine::first_from(point_index start, std::vector<edge> edges) const {
   std::ranges::sort(edges);
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
   std::vector<runner> runners;
+  runners.reserve(edges.size());
   for (const edge e : edges) runners.push_back({e, e});
   while (runners.size() > 1) {
     for (const runner& r : runners) {

@@ -11,21 +11,6 @@
 namespace trellion::testing {
 namespace {
 
-/// Makes a directory the current one for a while.
-class working_directory {
- public:
-  explicit working_directory(const std::filesystem::path& path)
-      : previous_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~working_directory() { std::filesystem::current_path(previous_); }
-  working_directory(const working_directory&) = delete;
-  working_directory& operator=(const working_directory&) = delete;
-
- private:
-  std::filesystem::path previous_;
-};
-
 /// The settings in one text, or what the console shows when the run ends early. A file of the name
 /// "./s.eps" exists.
 std::string settings_for(std::vector<const char*> arguments, const std::string& answers = "") {

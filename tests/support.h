@@ -47,6 +47,21 @@ class scratch_directory {
   std::filesystem::path path_;
 };
 
+/// Makes a directory the current one for a while.
+class working_directory {
+ public:
+  explicit working_directory(const std::filesystem::path& path)
+      : previous_(std::filesystem::current_path()) {
+    std::filesystem::current_path(path);
+  }
+  ~working_directory() { std::filesystem::current_path(previous_); }
+  working_directory(const working_directory&) = delete;
+  working_directory& operator=(const working_directory&) = delete;
+
+ private:
+  std::filesystem::path previous_;
+};
+
 struct outcome {
   int status;
   std::string out;

@@ -1,0 +1,107 @@
+// Shows the merging happen: writes a numbered picture of a file's groups at every step.
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "files.h"
+#include "free_form.h"
+#include "graphics.h"
+#include "postscript_path_queue.h"
+#include "setup.h"
+#include "tokens.h"
+#include "v3_engine.h"
+#include "walk.h"
+
+namespace {
+
+using namespace trellion;
+
+struct options {
+  std::string file;
+  std::filesystem::path directory;
+  std::int32_t min_separators = 2;
+};
+
+std::optional<options> parse(int argc, char* argv[]) {
+  if (argc < 3 || argc > 4) return std::nullopt;
+  options result{argv[1], argv[2]};
+  if (argc == 3) return result;
+  const std::string_view separators = argv[3];
+  const bool valid = separators.starts_with("-s") &&
+                     read_integer(separators.substr(2), result.min_separators) &&
+                     result.min_separators >= 1;
+  return valid ? std::optional(result) : std::nullopt;
+}
+
+/// Takes bytes and forgets them: what the walk copies is not wanted here.
+class no_sink : public byte_sink {
+ public:
+  void write(std::string_view /*bytes*/) override {}
+};
+
+std::int64_t count_paths(const strata& strata) {
+  std::int64_t count = 0;
+  for (const ps_path_queue& queue : strata.queues()) count += queue.n_paths();
+  return count;
+}
+
+/// Merges a group with one merge limit after the other, and draws it whenever that changed it.
+void draw_group(polygon_group& group, path_store& store, text_writer& console) {
+  ps_path_queue queue = tokens_to_ps_path_queue(group, store, console);
+  if (queue.is_empty()) return;
+  strata strata = stratify(store, queue);
+  const auto draw = [&] {
+    create_intermediate_eps(store, strata.queues(), console, outline_ending::stroked);
+  };
+  draw();
+  std::int64_t n_paths = count_paths(strata);
+  for (std::uint32_t limit = strata::min_points; limit <= strata.max_points(); ++limit) {
+    v3_process(store, strata, static_cast<std::int32_t>(limit), console);
+    if (count_paths(strata) != n_paths) draw();
+    n_paths = count_paths(strata);
+  }
+}
+
+void draw_frames(const options& options, text_writer& console) {
+  input_file input(options.file);
+  const file_text text = tokenize_file(input, input.expected_size(), console);
+  std::filesystem::create_directories(options.directory / "intermediate");
+  std::filesystem::current_path(options.directory);
+
+  no_sink nowhere;
+  text_writer passed_through(nowhere);
+  token_list list(text.view());
+  purge_comments(list, passed_through);
+  const drawing_token_set operators =
+      drawing_token_scan(list, options.min_separators, false, console);
+  path_store store;
+  walk(list, operators, passed_through,
+       [&](polygon_group& group) { draw_group(group, store, console); });
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  const auto options = parse(argc, argv);
+  if (!options) {
+    std::fputs("Usage: trellion_frames FILE.eps DIRECTORY [-sp]\n", stderr);
+    return 2;
+  }
+  console_output standard_output;
+  text_writer console(standard_output);
+  int status = 0;
+  try {
+    draw_frames(*options, console);
+  } catch (const early_end&) {
+    status = 1;  // the console says why
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "trellion_frames: %s\n", error.what());
+    status = 2;
+  }
+  standard_output.keep_going();
+  console.flush();
+  return status;
+}
