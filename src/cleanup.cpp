@@ -61,6 +61,7 @@ void cleanup::remove_point(point_index point) {
   if (index_.contains(point)) {
     index_.remove(point);
   } else {
+    // The walk backs up over the changes behind it in the reverse of their order.
     assert(!changed_.empty() && changed_.back() == point);
     changed_.pop_back();
   }

@@ -134,7 +134,12 @@ void edge_index::remove(edge e) {
   const edge next = links_[e].next_alike;
   if (next != e) {
     edge before = next;
-    while (links_[before].next_alike != e) before = links_[before].next_alike;
+    for (std::uint32_t n = 1; links_[before].next_alike != e; before = links_[before].next_alike) {
+      if (++n <= crowd_size_) continue;
+      make_crowd(e);
+      remove_from_crowd(e);
+      return;
+    }
     links_[before].next_alike = next;
     if (links_[e].head) replace_head(e, next);
   }
@@ -228,27 +233,23 @@ void edge_index::remove_from_crowd(edge e) {
   if (!crowd.empty()) replace_head(e, crowd.top().at);
 }
 
+/// An edge of the same path comes to the top only when no other path of the crowd has a smaller
+/// rank than the path will have when it is filed: then there is nobody to join.
 ranked_edge edge_index::first_neighbour_in_crowd(edge e) {
   const std::size_t id = crowd_of_.at(e);
   lazy_heap& crowd = crowds_[id];
-  std::vector<ranked_edge> own;
-  ranked_edge first = nobody;
-  while (first.at == no_point && !crowd.empty()) {
+  while (!crowd.empty()) {
     const ranked_edge top = crowd.top();
     const rank order = ranks_[owner(top.at)];
     if (!is_member(top.at, id)) {
       crowd.pop();
-    } else if (owner(top.at) == owner(e)) {
-      own.push_back(top);
-      crowd.pop();
     } else if (order != top.order) {
       crowd.change_top(order);
     } else {
-      first = top;
+      return owner(top.at) == owner(e) ? nobody : top;
     }
   }
-  for (const ranked_edge& entry : own) crowd.push(entry);
-  return first;
+  return nobody;
 }
 
 }  // namespace trellion

@@ -56,8 +56,10 @@ class lazy_heap {
 ///    of its two points, that holds the head.
 /// 2. Slots of removed edges stay behind. They are no heads, so they match nothing, and are used
 ///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
-///    bundle in the meantime does no harm: what it holds is compared with what is looked for.
-/// 3. In a crowd's heap every edge of the crowd has an entry of its path's rank or less.
+///    bundle in the meantime does no harm: what it holds is compared with what is looked for. So an
+///    edge can stand in two slots, and whichever is met first serves.
+/// 3. In a crowd's heap every edge of the crowd has an entry of its path's rank or less. A crowd
+///    stays one when it shrinks, and the links between its edges mean nothing.
 class edge_index {
  public:
   /// Makes room for the edges of the store, which must outlive the index, and indexes none.
@@ -95,7 +97,7 @@ class edge_index {
   }
 
   /// An edge that lies like e and belongs to another path, the first of those paths in rank; nobody
-  /// when there is none.
+  /// when there is none, or, in a crowd, when e's own path comes first.
   [[nodiscard]] ranked_edge first_neighbour(edge e) {
     const link& l = links_[e];
     const edge other = l.next_alike;

@@ -24,10 +24,11 @@ struct decimal {
 decimal decimal_at(const char* text, const char* end) {
   decimal result;
   const char* c = text;
+  end = text + std::min<std::ptrdiff_t>(end - text, max_coord_length);
   result.negative = *c == '-';
   if (result.negative) ++c;
   bool point_seen = false;
-  for (; c < end && c < text + max_coord_length; ++c) {
+  for (; c < end; ++c) {
     if (is_digit(*c)) {
       result.digits = 10 * result.digits + (*c - '0');
       ++result.n_digits;

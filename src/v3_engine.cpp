@@ -26,16 +26,21 @@ namespace {
 // 2. It picks nobody else. A path's rank is the number of points it is filed under, then a running
 //    number, so the order of ranks is the order of looking. B has the smallest rank below n + 1.
 // 3. The paths of n points that have found no partner already are looked at only when P has merged.
-//    Their ranks are the largest below n + 1, and while P is as it was filed none of them shares an
-//    edge with it, or it would have found P. So they need no rule of their own.
+//    Their ranks are the largest below n + 1. While P is as it was filed none of them shares an
+//    edge with it: P was in its stratum already when each of them looked last. So they need no
+//    rule.
 // 4. The edges joined are the same. P's is the first from its cursor on that lies like any of B,
 //    B's the first from its cursor on that lies like that one.
 //
 // A large path keeps its edges in a heap by the rank of their first neighbour. An entry may be too
-// small, never too large. A rank becomes smaller only when a path is filed under fewer points than
-// it had when it was taken up, and a neighbour is new only when a clean-up has changed an edge:
-// both are announced. The cost: a merger looks at all of B, and a path filed under fewer points is
-// looked at whole, but either way as many points are removed, or end in a path of twice the size.
+// small, never too large, whenever a path looks. While P is current only P looks, and its rank is
+// the one it gets if it is filed under n points. Filed under more, it gets a larger one; filed
+// under fewer, all its edges are announced, and so is every edge that a clean-up has changed.
+//
+// The cost: a merger looks at all of B, and a path filed under fewer points is looked at whole, but
+// either way as many points are removed, or end in a path of twice the size. Two shapes cost more:
+// a large outline whose partners touch it at two distant places (first_from walks between them),
+// and one that runs along the same edge very many times.
 
 rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
 
@@ -153,6 +158,7 @@ bool engine::take_up(std::int32_t merge_limit) {
     ps_path_queue& stratum = strata_.of(n_);
     if (!stratum.is_empty() && index_.rank_of(stratum.first()) < unmatched_from_) {
       current_ = stratum.remove_head();
+      index_.set_rank(current_, next_rank(n_));
       return true;
     }
     if (n_ >= strata_.max_points()) return false;
@@ -246,7 +252,8 @@ edge engine::first_shared_edge(path_index partner_path) {
 
 /// Which of some edges of one ring comes first from a point on. Walks back from all of them in
 /// step: whoever meets another edge is not the first, whoever meets the start is. So it takes no
-/// longer than the second longest gap between them, usually none: they lie side by side.
+/// longer than the second longest gap between them: no time where they lie side by side, as in a
+/// notch, but half the ring for a rung between two jaws.
 edge engine::first_from(point_index start, std::vector<edge> edges) const {
   struct runner {
     edge from;
@@ -355,8 +362,7 @@ void engine::order_edge(ordered_edges& ordered, edge e) {
 }
 
 /// Lets the large paths beside an edge of the current path know that it is there, or that its rank
-/// has become smaller. While the path is current its rank is that of its last filing, which is less
-/// than that of the next, or it will be told again.
+/// has become smaller.
 void engine::tell_neighbours(edge e) {
   if (index_.is_crowded(e)) {
     index_.announce_to_crowd(e);
