@@ -31,8 +31,20 @@ TEST(frames, are_numbered_pictures_with_a_script) {
             "                      intermediate eps. No graphics created.\n\n");
   EXPECT_TRUE(std::filesystem::is_empty("intermediate"));
 
-  // -500, 500 and 499 thousandths: halves go away from zero.
-  const std::string text = "-.5 0.499 m 7 1 l 0.5 9 l h f 7 1 m 20.499 -0.499 l 7 9 l h f";
+  // Paths without an area are no picture either: here a line.
+  path_store line_store;
+  ps_path_queue line(line_store);
+  const std::string numbers = "0 3 9 5";
+  const char* const n = numbers.data();
+  line_store.texts = {{n, n + 6}, {n + 2, n + 6}, {n + 4, n + 6}};
+  line_store.text_end = n + numbers.size();
+  line.add_after_last(tokens_to_ps_path(3, line_store));
+  create_intermediate_eps(line_store, {&line, 1}, console);
+  EXPECT_TRUE(std::filesystem::is_empty("intermediate"));
+  directory.write("intermediate/script", "left over from an earlier run\n");
+
+  // A box of -500, -499, 20499 and 8500 thousandths: halves go away from zero.
+  const std::string text = "-.5 0.499 m 7 1 l 0.5 8.5 l h f 7 1 m 20.499 -0.499 l 7 8.5 l h f";
   path_store store;
   const ps_path_queue queue = queue_of(text, store);
   for (int i = 0; i < 2; ++i) create_intermediate_eps(store, {&queue, 1}, console);
@@ -43,8 +55,8 @@ TEST(frames, are_numbered_pictures_with_a_script) {
   // The cursors are on the second points, as cleaning leaves them.
   EXPECT_EQ(directory.read("intermediate/frame00001.eps"),
             "%!PS-Adobe-3.0 EPSF-1.2\n%%BoundingBox:       -1        0       20        9 \n"
-            "0 setlinewidth\n7 1 moveto\n0.5 9 lineto -.5 0.499 lineto \nclosepath\n"
-            "20.499 -0.499 moveto\n7 9 lineto 7 1 lineto \nclosepath\n%EOF\n");
+            "0 setlinewidth\n7 1 moveto\n0.5 8.5 lineto -.5 0.499 lineto \nclosepath\n"
+            "20.499 -0.499 moveto\n7 8.5 lineto 7 1 lineto \nclosepath\n%EOF\n");
 
   // Ghostscript strokes as many outlines as there are paths.
   const outcome counted = shell(

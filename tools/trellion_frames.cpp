@@ -1,5 +1,6 @@
 // Shows the merging happen: writes a numbered picture of a file's groups at every step.
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -28,6 +29,7 @@ struct options {
 std::optional<options> parse(int argc, char* argv[]) {
   if (argc < 3 || argc > 4) return std::nullopt;
   options result{argv[1], argv[2]};
+  if (result.directory.empty()) return std::nullopt;
   if (argc == 3) return result;
   const std::string_view separators = argv[3];
   const bool valid = separators.starts_with("-s") &&
@@ -48,8 +50,12 @@ std::int64_t count_paths(const strata& strata) {
   return count;
 }
 
-/// Merges a group with one merge limit after the other, and draws it whenever that changed it.
+/// Merges a group with one merge limit after the other, and draws it whenever that changed it. The
+/// engine's progress, told anew for every limit, is left out.
 void draw_group(polygon_group& group, path_store& store, text_writer& console) {
+  no_sink nowhere;
+  text_writer progress(nowhere);
+  console.put("Group:");
   ps_path_queue queue = tokens_to_ps_path_queue(group, store, console);
   if (queue.is_empty()) return;
   strata strata = stratify(store, queue);
@@ -59,7 +65,7 @@ void draw_group(polygon_group& group, path_store& store, text_writer& console) {
   draw();
   std::int64_t n_paths = count_paths(strata);
   for (std::uint32_t limit = strata::min_points; limit <= strata.max_points(); ++limit) {
-    v3_process(store, strata, static_cast<std::int32_t>(limit), console);
+    v3_process(store, strata, static_cast<std::int32_t>(limit), progress);
     if (count_paths(strata) != n_paths) draw();
     n_paths = count_paths(strata);
   }
@@ -68,15 +74,14 @@ void draw_group(polygon_group& group, path_store& store, text_writer& console) {
 void draw_frames(const options& options, text_writer& console) {
   input_file input(options.file);
   const file_text text = tokenize_file(input, input.expected_size(), console);
-  std::filesystem::create_directories(options.directory / "intermediate");
-  std::filesystem::current_path(options.directory);
-
   no_sink nowhere;
   text_writer passed_through(nowhere);
   token_list list(text.view());
   purge_comments(list, passed_through);
   const drawing_token_set operators =
       drawing_token_scan(list, options.min_separators, false, console);
+  std::filesystem::create_directories(options.directory / "intermediate");
+  std::filesystem::current_path(options.directory);
   path_store store;
   walk(list, operators, passed_through,
        [&](polygon_group& group) { draw_group(group, store, console); });
@@ -90,18 +95,25 @@ int main(int argc, char* argv[]) {
     std::fputs("Usage: trellion_frames FILE.eps DIRECTORY [-sp]\n", stderr);
     return 2;
   }
+  // As in trellion: writing that fails is to be told, and a lost console stops nothing.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   console_output standard_output;
+  standard_output.keep_going();
   text_writer console(standard_output);
-  int status = 0;
+  std::string complaint;
   try {
     draw_frames(*options, console);
   } catch (const early_end&) {
-    status = 1;  // the console says why
+    complaint = "the merging or the search for operators has ended early";
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "trellion_frames: %s\n", error.what());
-    status = 2;
+    complaint = error.what();
   }
-  standard_output.keep_going();
   console.flush();
-  return status;
+  if (complaint.empty() && standard_output.failure() != 0) {
+    complaint = system_failure("write", "standard output", standard_output.failure()).what();
+  }
+  if (complaint.empty()) return 0;
+  std::fprintf(stderr, "trellion_frames: %s\n", complaint.c_str());
+  return 2;
 }
