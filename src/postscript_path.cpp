@@ -1,7 +1,6 @@
 #include "postscript_path.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
 #include "files.h"
