@@ -41,6 +41,9 @@ run_error system_failure(std::string_view what, const std::string& name, int err
                    "': " + std::generic_category().message(error_number));
 }
 
+read_failure::read_failure(const std::string& name, int error_number)
+    : run_error(system_failure("read", name, error_number)), error_number_(error_number) {}
+
 file_descriptor::file_descriptor(file_descriptor&& other) noexcept : descriptor_(other.release()) {}
 
 file_descriptor::~file_descriptor() {
@@ -49,7 +52,8 @@ file_descriptor::~file_descriptor() {
 
 int file_descriptor::release() { return std::exchange(descriptor_, -1); }
 
-input_file::input_file(const std::string& name) : file_(open_file(name, O_RDONLY, "open")) {
+input_file::input_file(const std::string& name)
+    : name_(name), file_(open_file(name, O_RDONLY, "open")) {
   if (S_ISDIR(status_of(file_).st_mode)) throw system_failure("read", name, EISDIR);
 }
 
@@ -57,7 +61,7 @@ std::size_t input_file::read(char* buffer, std::size_t capacity) {
   while (true) {
     const ssize_t count = ::read(file_.get(), buffer, capacity);
     if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category());
+    if (errno != EINTR) throw read_failure(name_, errno);
   }
 }
 

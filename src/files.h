@@ -21,8 +21,20 @@ struct early_end {};
 /// "cannot WHAT 'NAME': " and the system's reason for the error number.
 run_error system_failure(std::string_view what, const std::string& name, int error_number);
 
+/// A read that failed half way. The console has a text of its own for it, and its exit status is
+/// that of the texts there; `what` is for standard error.
+class read_failure : public run_error {
+ public:
+  read_failure(const std::string& name, int error_number);
+
+  [[nodiscard]] int error_number() const { return error_number_; }
+
+ private:
+  int error_number_;
+};
+
 /// Where bytes come from. `read` fills the buffer with at most `capacity` bytes and returns how
-/// many; 0 is the end. A failure is thrown as std::system_error with the error number.
+/// many; 0 is the end. Throws read_failure.
 class byte_source {
  public:
   virtual ~byte_source() = default;
@@ -64,6 +76,7 @@ class input_file : public byte_source {
 
  private:
   friend class output_file;
+  std::string name_;
   file_descriptor file_;
 };
 

@@ -100,7 +100,7 @@ void path_store::start_group(std::vector<coord_texts>& vertices, const char* end
 }
 
 std::string_view coord_text(const char* text, const char* end) {
-  const std::size_t length = std::min<std::size_t>(max_coord_length, end - text);
+  const std::size_t length = std::min(max_coord_length, static_cast<std::size_t>(end - text));
   return {text, static_cast<std::size_t>(skip_number(text, text + length) - text)};
 }
 

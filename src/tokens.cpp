@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "fields.h"
@@ -130,9 +129,9 @@ file_text tokenize_file(byte_source& source, std::size_t expected_size, text_wri
       std::memcpy(larger.get(), text.bytes.get(), text.size);
       text.bytes = std::move(larger);
     }
-  } catch (const std::system_error& failure) {
-    report_read_failure(text.view(), failure.code().value(), console);
-    throw early_end{};
+  } catch (const read_failure& failure) {
+    report_read_failure(text.view(), failure.error_number(), console);
+    throw;
   }
   return text;
 }

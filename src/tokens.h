@@ -140,8 +140,8 @@ struct file_text {
 };
 
 /// Reads the source to its end and returns its text, ready to be made into a token_list. When a
-/// read fails the error number, the line reached and what was read of it go to the console and the
-/// run ends early. `expected_size` saves growing the buffer when it is right.
+/// read fails the error number, the line reached and what was read of it go to the console before
+/// the read_failure goes on. `expected_size` saves growing the buffer when it is right.
 file_text tokenize_file(byte_source& source, std::size_t expected_size, text_writer& console);
 
 /// Writes the token's blanks, text and line ends.

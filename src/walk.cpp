@@ -13,7 +13,9 @@ namespace {
 class run_matcher {
  public:
   run_matcher(const token_list& list, const drawing_token_set& operators, polygon_group& group)
-      : operators_(operators), group_(group), end_(list), tokens_(list) {
+      : operators_(operators), group_(group), tokens_(list) {
+    group_.begin = list;
+    group_.end = list;
     // Much more than is needed does not cost memory that is not used; growing would be copying.
     if (group_.vertices.capacity() == 0) group_.vertices.reserve(list.n_bytes() / 12);
     group_.vertices.clear();
@@ -23,8 +25,6 @@ class run_matcher {
   /// Returns the number of polygons read. That of the group can be one less.
   std::int64_t read();
 
-  /// Behind the group's last polygon.
-  [[nodiscard]] const token_list& end() const { return end_; }
   /// Behind the token that broke the run, or the end of the list.
   [[nodiscard]] const token_list& behind_breaker() const { return tokens_.rest(); }
   /// The token that broke the run, unless the list ended there.
@@ -41,10 +41,9 @@ class run_matcher {
 
   const drawing_token_set& operators_;
   polygon_group& group_;
-  token_list end_;
   token_matcher tokens_;
   std::int64_t polygons_ = 0;
-  std::size_t n_vertices_ = 0;  // of the group: up to end_
+  std::size_t n_vertices_ = 0;  // of the group: up to its end
   std::size_t n_polygons_ = 0;
 };
 
@@ -98,7 +97,7 @@ bool run_matcher::read_last_trailing() {
 }
 
 void run_matcher::end_group_here() {
-  end_ = tokens_.rest();
+  group_.end = tokens_.rest();
   n_vertices_ = group_.vertices.size();
   n_polygons_ = group_.n_vertices.size();
   group_.last_line = tokens_.last().line_number;
@@ -134,9 +133,9 @@ void walk(token_list list, const drawing_token_set& operators, text_writer& out,
     }
     run_matcher run(list, operators, group);
     if (run.read() >= 2) {
-      group.begin = list;
+      const token_list behind = group.end;
       handle_group(group);
-      list = run.end();
+      list = behind;
     } else if (run.breaker() != nullptr && is_operator(*run.breaker())) {
       // The operator may itself belong to a polygon that starts between the head and it.
       write_token(head, out);

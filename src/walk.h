@@ -9,9 +9,10 @@
 
 namespace trellion {
 
-/// A run of two or more consecutive polygons.
+/// A run of two or more consecutive polygons, at times without its last one.
 struct polygon_group {
   token_list begin;                       ///< the list that it is the beginning of
+  token_list end;                         ///< what follows it
   std::int64_t last_line = 0;             ///< input line of its last token
   std::vector<coord_texts> vertices;      ///< of all polygons, one after the other
   std::vector<std::uint32_t> n_vertices;  ///< of each polygon; at least one

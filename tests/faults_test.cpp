@@ -1,4 +1,8 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <set>
 
 #include "support.h"
 
@@ -22,7 +26,20 @@ class faults : public ::testing::Test {
   scratch_directory directory;
 };
 
+/// What takes the superuser's right to do everything from a command.
+std::string as_anyone() {
+  constexpr const char* rights = "=-dac_override,-dac_read_search ";
+  if (geteuid() != 0) return "";
+  return std::string("setpriv --inh-caps") + rights + "--bounding-set" + rights;
+}
+
 TEST_F(faults, in_opening_files_name_the_file_and_the_reason) {
+  EXPECT_EQ(complaint("echo 1 >u.eps; chmod 0 u.eps; " + as_anyone() + "trellion u.eps"),
+            "trellion: cannot open 'u.eps': Permission denied\n");
+  EXPECT_EQ(complaint("mkdir w; cp s.eps w; chmod 500 w; " + as_anyone() +
+                      "trellion w/s.eps; s=$?;"
+                      "chmod 700 w; exit $s"),
+            "trellion: cannot create 'w/s_r.eps': Permission denied\n");
   EXPECT_EQ(complaint("mkdir d.eps; trellion d.eps"),
             "trellion: cannot read 'd.eps': Is a directory\n");
   EXPECT_EQ(complaint("mkdir s_r.eps; trellion s.eps"),
@@ -43,6 +60,46 @@ TEST_F(faults, in_writing_are_told) {
   EXPECT_EQ(complaint("trellion s >/dev/full"),
             "trellion: cannot write 'standard output': No space left on device\n");
   EXPECT_EQ(complaint("trellion </dev/null"), "trellion: no file was named: the input has ended\n");
+}
+
+TEST_F(faults, in_reading_are_told_with_the_status_of_the_console_texts) {
+  // The memory of a process cannot be read where nothing is mapped.
+  const outcome result = shell("ln -s /proc/self/mem x.eps; trellion x", directory);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.out.find("trellion: iostat error     5 has occurred.\n"), std::string::npos);
+  EXPECT_EQ(result.err, "trellion: cannot read 'x.eps': Input/output error\n");
+}
+
+TEST_F(faults, limits_of_the_system_are_told) {
+  const std::string mesh = to_postscript(random_mesh(1, 200, 100));
+  directory.write("mesh.eps", mesh);
+  EXPECT_EQ(complaint("ulimit -f 8; trellion mesh.eps -m3"),
+            "trellion: cannot write 'mesh_r.eps': File too large\n");
+#ifndef __SANITIZE_ADDRESS__  // which takes terabytes of address space
+  // Wherever memory runs out, in reading or in merging.
+  std::set<int> statuses;
+  for (int kilobytes = 8000; kilobytes < 24000; kilobytes += 500) {
+    const outcome result =
+        shell("ulimit -v " + std::to_string(kilobytes) + "; trellion mesh.eps", directory);
+    EXPECT_EQ(result.err, result.status == 0 ? "" : "trellion: 'mesh.eps': not enough memory\n");
+    statuses.insert(result.status);
+  }
+  EXPECT_EQ(statuses, (std::set{0, 2}));
+#endif
+  EXPECT_EQ(directory.read("mesh.eps"), mesh);
+}
+
+TEST_F(faults, a_killed_run_leaves_the_input_alone) {
+  std::string many;
+  for (int i = 0; i < 3000; ++i) many += squares + "x\n";
+  directory.write("many.eps", many);
+  // The console is a pipe that is read no further: the run hangs in the middle when it is killed.
+  const outcome result = shell(
+      "mkfifo c; trellion many.eps >c & p=$!; exec 3<c; head -c 500 <&3 >out; kill -9 $p; wait $p",
+      directory);
+  EXPECT_EQ(result.status, 128 + SIGKILL);
+  EXPECT_NE(directory.read("out").find("Group "), std::string::npos);
+  EXPECT_EQ(directory.read("many.eps"), many);
 }
 
 TEST_F(faults, a_console_that_goes_away_does_not_stop_the_repair) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <system_error>
-
 #include "string_utils.h"
 #include "support.h"
 
@@ -100,13 +98,13 @@ TEST(tokens, description_tells_layout) {
 TEST(tokens, failed_read_reports_the_line_reached) {
   struct failing_source : byte_source {
     std::size_t read(char* buffer, std::size_t capacity) override {
-      if (std::exchange(failed, true)) throw std::system_error(EIO, std::generic_category());
+      if (std::exchange(failed, true)) throw read_failure("x", EIO);
       return std::string_view("one\r\ntwo\nthr ee  ").copy(buffer, capacity);
     }
     bool failed = false;
   } source;
   captured_text console;
-  EXPECT_THROW(tokenize_file(source, 0, console), early_end);
+  EXPECT_THROW(tokenize_file(source, 0, console), read_failure);
   EXPECT_EQ(console.text(),
             "Tokenizing postscript code ... \n"
             "trellion: iostat error     5 has occurred.\n"
