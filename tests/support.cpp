@@ -97,7 +97,8 @@ std::vector<polygon> random_mesh(unsigned seed, int columns, int rows) {
       } else if (one_in(3)) {
         cell.insert(cell.begin() + 1, vertex{x0 + 5, y0});
       }
-      std::rotate(cell.begin(), cell.begin() + random() % cell.size(), cell.end());
+      const auto first = static_cast<int>(random() % cell.size());
+      std::rotate(cell.begin(), cell.begin() + first, cell.end());
       mesh.push_back(cell);
     }
   }

@@ -5,53 +5,11 @@
 #include <algorithm>
 #include <random>
 
-#include "plain_engine.h"
+#include "engine_runs.h"
 #include "support.h"
 
 namespace trellion::testing {
 namespace {
-
-struct result {
-  std::string console;
-  std::string paths;
-
-  bool operator==(const result&) const = default;
-};
-
-/// Runs an engine, called with store, strata and console, on the polygons of a text.
-template <class Engine>
-result run(const std::string& text, Engine engine) {
-  path_store store;
-  captured_text ignored;
-  captured_text console;
-  captured_text paths;
-  const drawing_token_set operators = mlhf();
-  walk(token_list(text), operators, paths, [&](polygon_group& group) {
-    ps_path_queue queue = tokens_to_ps_path_queue(group, store, ignored);
-    if (queue.n_paths() < 2) return;
-    strata strata = stratify(store, queue);
-    try {
-      engine(store, strata, console);
-    } catch (const early_end&) {
-      return;
-    }
-    gather(strata, queue, console);
-    queue.output(operators, paths);
-  });
-  return {console.text(), paths.text()};
-}
-
-result merged(const std::string& text, std::int32_t merge_limit = 0, engine_sizes sizes = {}) {
-  return run(text, [&](path_store& store, strata& strata, text_writer& console) {
-    v3_process(store, strata, merge_limit, console, sizes);
-  });
-}
-
-result plainly_merged(const std::string& text, std::int32_t merge_limit = 0) {
-  return run(text, [&](path_store& store, strata& strata, text_writer& console) {
-    plain_process(store, strata, merge_limit, console);
-  });
-}
 
 polygon square(int x, int y) { return {{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}}; }
 
@@ -69,7 +27,7 @@ TEST(engine, repeats_the_progress_line_while_the_count_stays_on_a_hundred) {
   // A row of 101 squares merges from left to right; the two rounds without a partner follow.
   std::vector<polygon> row;
   for (int x = 0; x <= 100; ++x) row.push_back(square(x, 0));
-  const result all = merged(to_postscript(row));
+  const engine_result all = merged(to_postscript(row));
   EXPECT_EQ(all.console, "  Processing \n" + progress(0) + progress(100) + progress(100) +
                              "  Gathering ...        4 points in        1 paths.\n");
   EXPECT_EQ(std::count(all.paths.begin(), all.paths.end(), 'h'), 1);
@@ -85,7 +43,7 @@ TEST(engine, takes_up_no_path_beyond_the_merge_limit) {
 }
 
 TEST(engine, ends_the_run_when_polygons_cancel_out) {
-  const result nothing = merged(to_postscript({square(0, 0), square(0, 0)}));
+  const engine_result nothing = merged(to_postscript({square(0, 0), square(0, 0)}));
   EXPECT_EQ(nothing.console,
             "  Processing \n" + progress(0) + "trellion: fatal error --- collapsed path!\n");
 }
@@ -172,7 +130,7 @@ TEST(engine, agrees_with_the_plain_one) {
                                                        : groups.book();
     const std::string text = groups.shuffled(group);
     const int limit = groups.between(0, 1) == 0 ? 0 : groups.between(3, 8);
-    const result expected = plainly_merged(text, limit);
+    const engine_result expected = plainly_merged(text, limit);
     // Small sizes put the structures for large paths and crowds to work on small groups.
     for (const engine_sizes sizes : {engine_sizes{}, {3, 64}, {64, 2}, {4, 3}}) {
       ASSERT_EQ(merged(text, limit, sizes), expected) << "seed " << seed << ":\n" << text;
