@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace trellion::batch {
+
+/// The programs that are run as children.
+struct programs {
+  std::string trellion;
+  std::optional<std::string> gs;
+  std::optional<std::string> pdftops;
+};
+
+/// What trellion-batch is asked to do.
+struct batch_options {
+  std::vector<std::filesystem::path> inputs;  ///< files and folders
+  std::optional<std::int32_t> merge_limit;
+  std::optional<std::int32_t> min_separators;
+  bool remove_mesh = false;
+  bool auto_way = false;  ///< try one way after the other
+  bool detour = false;
+  bool replace = false;      ///< existing results
+  bool keep_larger = false;  ///< results that are not smaller
+  bool verify = false;
+  bool quiet = false;
+  unsigned jobs = 1;
+  std::chrono::seconds time_limit{300};  ///< for each child process
+  std::filesystem::path report;          ///< empty for none
+  programs tools;
+};
+
+/// Ends the program: with help or version on standard output and status 0, or with a line about a
+/// mistake on standard error and status 2.
+struct early_exit {
+  int status;
+};
+
+/// Reads the command line and finds the programs. Throws early_exit.
+batch_options parse_options(int argc, const char* const* argv);
+
+}  // namespace trellion::batch
