@@ -133,6 +133,40 @@ TEST_F(batches, tells_failures_and_goes_on) {
   EXPECT_EQ(run(""), 2);
 }
 
+TEST_F(batches, never_take_a_result_for_an_input_or_an_input_for_a_result) {
+  directory.write("a.eps", plain_picture(1));
+  ASSERT_EQ(run("a.eps"), 0);
+  directory.write("a_r.eps", plain_picture(2));
+  EXPECT_EQ(run("-f --report t.tsv a_r.eps ./a.eps a.eps"), 0);
+  EXPECT_EQ(verdicts("t.tsv").size(), 2U);  // with the headings
+  EXPECT_FALSE(exists("a_r_r.eps"));
+  EXPECT_EQ(run("--report a_r.eps a.eps"), 1);
+  EXPECT_NE(directory.read("a_r.eps"), "");
+}
+
+TEST_F(batches, do_not_depend_on_how_programs_behave) {
+  const auto fake_gs = [this](const std::string& script) {
+    directory.write("gs", "#!/bin/sh\n" + script + "\n");
+    fs::permissions(directory.path() / "gs", fs::perms::owner_all);
+  };
+  const auto run_with_fake = [this](const std::string& arguments) {
+    shell("PATH=.:$PATH; trellion-batch --time-limit 1 --report t.tsv " + arguments, directory);
+    return verdicts("t.tsv")["a.eps"];
+  };
+  directory.write("a.eps", plain_picture(1));
+  fake_gs("exec >&- 2>&-; exec sleep 60");
+  EXPECT_EQ(run_with_fake("a.eps"), "WITHHELD -s2");
+  fake_gs("sleep 60; echo");
+  EXPECT_EQ(run_with_fake("a.eps"), "WITHHELD -s2");
+  fake_gs("yes | tr -d '\\n'");
+  EXPECT_EQ(run_with_fake("a.eps"), "WITHHELD -s2");
+  fake_gs("for a; do case $a in -sOutputFile=*) : >${a#*=};; esac; done");
+  EXPECT_EQ(run_with_fake("a.eps"), "WITHHELD -s2");
+  EXPECT_EQ(run_with_fake("--detour a.eps"), "FAILED detour -s1");
+  EXPECT_EQ(run_with_fake("--no-verify a.eps"), "written -s2");
+  expect_no_debris();
+}
+
 TEST_F(batches, interrupted_leaves_old_or_complete_results) {
   for (unsigned i = 0; i < 6; ++i) {
     directory.write("f" + std::to_string(i) + ".eps", plain_picture(i));

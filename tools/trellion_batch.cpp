@@ -9,6 +9,7 @@
 #include <numeric>
 #include <set>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -53,17 +54,23 @@ std::vector<file_report> repair_all(const std::vector<fs::path>& files,
 
   progress told(files.size(), options.quiet);
   std::atomic<std::size_t> next = 0;
-  {
-    std::vector<std::jthread> workers;
-    for (std::size_t i = 0; i < std::min<std::size_t>(options.jobs, files.size()); ++i) {
-      workers.emplace_back([&] {
-        for (std::size_t n; !interrupted.requested() && (n = next++) < order.size();) {
-          file_report& report = reports[order[n]];
-          report = repair_file(files[order[n]], options, runner);
-          told.tell(report);
-        }
-      });
+  const auto work = [&] {
+    for (std::size_t n; !interrupted.requested() && (n = next++) < order.size();) {
+      file_report& report = reports[order[n]];
+      report = repair_file(files[order[n]], options, runner);
+      told.tell(report);
     }
+  };
+  {
+    std::vector<std::jthread> helpers;
+    try {
+      while (helpers.size() + 1 < std::min<std::size_t>(options.jobs, files.size())) {
+        helpers.emplace_back(work);
+      }
+    } catch (const std::system_error&) {
+      // The system allows no more threads: those that there are do it.
+    }
+    work();
   }
   told.end();
   return reports;
@@ -81,33 +88,35 @@ std::unique_ptr<output_file> open_report(const fs::path& name,
                                          const std::vector<fs::path>& inputs) {
   if (name.empty()) return nullptr;
   for (const fs::path& input : inputs) {
-    std::error_code ignored;
-    if (fs::equivalent(name, input, ignored)) {
-      throw run_error("cannot write the report to '" + name.string() + "': it is an input");
+    if (is_same_place(name, input) || is_same_place(name, result_path(input))) {
+      throw run_error("cannot write the report to '" + name.string() +
+                      "': it is an input or a result");
     }
   }
   return std::make_unique<output_file>(name, output_file::mode::replace);
 }
 
+void write_report(const std::vector<file_report>& reports, output_file& file) {
+  text_writer report(file);
+  write_tsv(reports, report);
+  report.flush();
+  file.close();
+}
+
 int run(const batch_options& options, const interruption& interrupted) {
   bool complete = true;
   const std::vector<fs::path> files = find_inputs(options.inputs, complete);
-  if (files.empty()) throw run_error("no EPS files there");
+  if (files.empty()) throw run_error("there are no EPS files to repair");
   const std::unique_ptr<output_file> report_file = open_report(options.report, files);
 
   clean_up_after_others(files);
   const std::vector<file_report> reports = repair_all(files, options, interrupted);
 
+  if (report_file) write_report(reports, *report_file);
   console_output standard_output;
   text_writer console(standard_output);
   write_table(reports, console);
   console.flush();
-  if (report_file) {
-    text_writer report(*report_file);
-    write_tsv(reports, report);
-    report.flush();
-    report_file->close();
-  }
   const bool all_good = std::ranges::all_of(
       reports, [](const file_report& report) { return is_good(report.result); });
   return complete && all_good ? 0 : 1;
@@ -116,11 +125,21 @@ int run(const batch_options& options, const interruption& interrupted) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  open_standard_streams();
+  // Writing to a closed pipe, or past the file size limit, is to fail, not to kill. How children
+  // end is to be known, even when we were started by someone who does not care.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
   try {
     const batch_options options = parse_options(argc, argv);
     const interruption interrupted;
-    const int status = run(options, interrupted);
+    int status = 1;
+    try {
+      status = run(options, interrupted);
+    } catch (const std::exception& error) {
+      std::fprintf(stderr, "trellion-batch: %s\n", error.what());
+    }
     interrupted.end_by_signal();
     return status;
   } catch (const early_exit& end) {

@@ -1,7 +1,6 @@
 #include "detour.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -55,15 +54,21 @@ std::string_view take_line(std::string_view& text) {
 /// Takes the definition that the text begins with; nothing when its end is not plain to see.
 std::string_view take_definition(std::string_view& text) {
   std::string_view rest = text;
-  std::ptrdiff_t depth = 0;
+  int depth = 0;
+  int n_definitions = 0;  // outside braces
   while (!rest.empty()) {
     std::string_view line = take_line(rest);
     // Braces in strings and comments are not for counting.
     if (line.find_first_of("()%") != std::string_view::npos) return {};
-    depth += std::ranges::count(line, '{') - std::ranges::count(line, '}');
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      if (line[i] == '{') ++depth;
+      if (line[i] == '}') --depth;
+      if (depth == 0 && line.substr(i).starts_with(" def")) ++n_definitions;
+    }
     while (line.ends_with('\n') || line.ends_with(' ')) line.remove_suffix(1);
     if (depth > 0) continue;
-    if (depth < 0 || !(line.ends_with(" def") || line == "} ifelse")) return {};
+    const bool at_end = n_definitions == 1 ? line.ends_with(" def") : line == "} ifelse";
+    if (depth < 0 || n_definitions > 1 || !at_end) return {};
     const std::string_view definition = text.substr(0, text.size() - rest.size());
     text = rest;
     return definition;

@@ -21,32 +21,52 @@ bool is_eps_name(const fs::path& name) {
   return std::ranges::find(extensions, extension) != extensions.end();
 }
 
-/// Whether the file is the result of another one beside it.
-bool is_result(const fs::path& file) {
+/// The name of the file that one of this name would be the result of; empty when of none.
+fs::path original_of(const fs::path& file) {
   const std::string stem = file.stem();
-  if (!stem.ends_with("_r")) return false;
-  const fs::path original = stem.substr(0, stem.size() - 2) + file.extension().string();
-  std::error_code ignored;
-  return fs::exists(file.parent_path() / original, ignored);
+  if (!stem.ends_with("_r")) return {};
+  return directory_of(file) / (stem.substr(0, stem.size() - 2) + file.extension().string());
 }
 
-/// Adds the EPS files below a folder; returns what prevented it from looking everywhere.
-std::error_code add_folder(const fs::path& folder, std::vector<fs::path>& files) {
-  std::error_code error;
-  const std::size_t first = files.size();
-  for (fs::recursive_directory_iterator at(folder, error), end; !error && at != end;
-       at.increment(error)) {
-    std::error_code ignored;
-    if (at->path().filename().string().starts_with('.')) {
-      at.disable_recursion_pending();  // hidden: not for us, or even ours
-      continue;
+bool is_result(const fs::path& file) {
+  const fs::path original = original_of(file);
+  std::error_code ignored;
+  return !original.empty() && fs::exists(original, ignored);
+}
+
+/// Two spellings of one file's place give the same.
+fs::path place_of(const fs::path& file) {
+  std::error_code ignored;
+  return fs::weakly_canonical(directory_of(file), ignored) / file.filename();
+}
+
+/// Adds the EPS files below a folder; false when it cannot look everywhere.
+bool add_folder(const fs::path& folder, std::vector<fs::path>& files) {
+  bool complete = true;
+  const auto first = static_cast<std::ptrdiff_t>(files.size());
+  std::vector<fs::path> folders = {folder};
+  while (!folders.empty()) {
+    const fs::path looked_into = std::move(folders.back());
+    folders.pop_back();
+    std::error_code error;
+    for (fs::directory_iterator at(looked_into, error), end; !error && at != end;
+         at.increment(error)) {
+      const fs::path& path = at->path();
+      if (path.filename().string().starts_with('.')) continue;  // hidden, or even ours
+      std::error_code ignored;
+      const bool is_folder = at->is_directory(ignored) && !at->is_symlink(ignored);
+      if (is_folder) folders.push_back(path);
+      if (is_eps_name(path) && at->is_regular_file(ignored) && !is_result(path)) {
+        files.push_back(path);
+      }
     }
-    if (is_eps_name(at->path()) && at->is_regular_file(ignored) && !is_result(at->path())) {
-      files.push_back(at->path());
-    }
+    if (!error) continue;
+    complete = false;
+    std::fprintf(stderr, "trellion-batch: cannot look into '%s': %s\n", looked_into.c_str(),
+                 error.message().c_str());
   }
-  std::sort(files.begin() + static_cast<std::ptrdiff_t>(first), files.end());
-  return error;
+  std::sort(files.begin() + first, files.end());
+  return complete;
 }
 
 }  // namespace
@@ -62,23 +82,26 @@ fs::path result_path(const fs::path& input) {
 std::vector<fs::path> find_inputs(const std::vector<fs::path>& named, bool& complete) {
   std::vector<fs::path> files;
   for (const fs::path& name : named) {
-    std::error_code error;
-    if (fs::is_directory(name, error)) {
-      error = add_folder(name, files);
-      if (!error) continue;
-      complete = false;
-      std::fprintf(stderr, "trellion-batch: cannot look into all of '%s': %s\n", name.c_str(),
-                   error.message().c_str());
-    } else {
+    std::error_code ignored;
+    if (!fs::is_directory(name, ignored)) {
       files.push_back(name);
+    } else if (!add_folder(name, files)) {
+      complete = false;
     }
   }
-  std::set<fs::path> seen;
-  std::erase_if(files, [&seen](const fs::path& file) {
-    std::error_code ignored;
-    return !seen.insert(fs::weakly_canonical(directory_of(file), ignored) / file.filename()).second;
+  std::set<fs::path> places;
+  std::erase_if(files, [&](const fs::path& file) { return !places.insert(place_of(file)).second; });
+  // As with *.eps: the result of another input is none.
+  std::erase_if(files, [&](const fs::path& file) {
+    const fs::path original = original_of(file);
+    return !original.empty() && places.contains(place_of(original));
   });
   return files;
+}
+
+bool is_same_place(const fs::path& a, const fs::path& b) {
+  std::error_code ignored;
+  return place_of(a) == place_of(b) || fs::equivalent(a, b, ignored);
 }
 
 }  // namespace trellion::batch

@@ -12,10 +12,13 @@ std::filesystem::path directory_of(const std::filesystem::path& file);
 std::filesystem::path result_path(const std::filesystem::path& input);
 
 /// The named files, and for every folder the files below it whose names end in .eps, .epsf or
-/// .epsi, in order of their names; what is hidden and results of other files are left out. No
-/// result path occurs twice. What cannot be looked into is reported on standard error, and
-/// `complete` is made false.
+/// .epsi, in order of their names. No file occurs twice; what is hidden, and results of other
+/// inputs, are left out. What cannot be looked into is reported on standard error, and makes
+/// `complete` false.
 std::vector<std::filesystem::path> find_inputs(const std::vector<std::filesystem::path>& named,
                                                bool& complete);
+
+/// Whether two paths are spellings of one place, or lead to one file.
+bool is_same_place(const std::filesystem::path& a, const std::filesystem::path& b);
 
 }  // namespace trellion::batch

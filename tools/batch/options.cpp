@@ -17,13 +17,15 @@ constexpr const char* description =
 constexpr const char* epilogue =
     "Exit status: 0 all good, 1 something failed or was withheld, 2 a mistake on the command line.";
 
+void remark(const char* what) { std::fprintf(stderr, "trellion-batch: %s\n", what); }
+
 [[noreturn]] void refuse(const char* why) {
-  std::fprintf(stderr, "trellion-batch: %s\n", why);
+  remark(why);
   throw early_exit{2};
 }
 
 void find_programs(batch_options& options, const char* own_name) {
-  const std::optional<std::string> trellion = find_program("trellion", own_name);
+  const std::optional<std::string> trellion = find_program_beside("trellion", own_name);
   if (!trellion) refuse("trellion is neither beside this program nor in PATH");
   options.tools.trellion = *trellion;
   options.tools.gs = find_program("gs");
@@ -86,6 +88,10 @@ batch_options parse_options(int argc, const char* const* argv) {
   if (options.verify && no_verify) refuse("--verify and --no-verify exclude each other");
   find_programs(options, argv[0]);
   if (!no_verify && options.tools.gs) options.verify = true;
+  if (!no_verify && !options.verify) remark("without gs (Ghostscript) pictures are not compared");
+  if (options.auto_way && !(options.tools.gs && options.tools.pdftops)) {
+    remark("without gs and pdftops --auto takes no detour");
+  }
   if (options.verify && !options.tools.gs) refuse("--verify needs gs (Ghostscript) in PATH");
   return options;
 }

@@ -20,6 +20,7 @@ void write_through(const std::filesystem::path& file) {
 }
 
 constexpr std::string_view name_begin = ".trellion-batch-";
+constexpr const char* lock_name = "lock";
 
 std::filesystem::path make_directory(const std::filesystem::path& parent) {
   std::string name = std::filesystem::absolute(parent) / (std::string(name_begin) + "XXXXXX");
@@ -29,20 +30,28 @@ std::filesystem::path make_directory(const std::filesystem::path& parent) {
   return name;
 }
 
-/// Opens and locks the file that stands for the owner of a directory; nothing when it cannot be
-/// opened, or another process has locked it.
-file_descriptor lock_directory(const std::filesystem::path& directory, int flags) {
-  file_descriptor file(::open((directory / "lock").c_str(), flags | O_RDWR | O_CLOEXEC, 0600));
+/// Opens a file and locks it; nothing when it cannot be opened, or another process has locked it.
+file_descriptor lock(const std::filesystem::path& file, int flags) {
+  file_descriptor opened(::open(file.c_str(), flags | O_RDWR | O_CLOEXEC, 0600));
   struct flock whole_file {};
   whole_file.l_type = F_WRLCK;
-  const bool locked = file.get() >= 0 && ::fcntl(file.get(), F_SETLK, &whole_file) == 0;
-  return locked ? std::move(file) : file_descriptor(-1);
+  const bool locked = opened.get() >= 0 && ::fcntl(opened.get(), F_SETLK, &whole_file) == 0;
+  return locked ? std::move(opened) : file_descriptor(-1);
+}
+
+/// Marks a directory as owned. The file has its name only when it is locked, so that nobody finds
+/// it unlocked in between.
+file_descriptor lock_directory(const std::filesystem::path& directory) {
+  file_descriptor locked = lock(directory / "new-lock", O_CREAT);
+  std::error_code ignored;
+  std::filesystem::rename(directory / "new-lock", directory / lock_name, ignored);
+  return locked;
 }
 
 }  // namespace
 
 private_directory::private_directory(const std::filesystem::path& parent)
-    : path_(make_directory(parent)), lock_(lock_directory(path_, O_CREAT)) {}
+    : path_(make_directory(parent)), lock_(lock_directory(path_)) {}
 
 private_directory::~private_directory() {
   std::error_code ignored;
@@ -50,11 +59,13 @@ private_directory::~private_directory() {
 }
 
 void remove_abandoned_directories(const std::filesystem::path& parent) {
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(parent, ignored)) {
-    if (!entry.path().filename().string().starts_with(name_begin)) continue;
-    const file_descriptor lock = lock_directory(entry.path(), 0);
-    if (lock.get() >= 0) std::filesystem::remove_all(entry.path(), ignored);
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(parent, error), end; !error && at != end;
+       at.increment(error)) {
+    if (!at->path().filename().string().starts_with(name_begin)) continue;
+    std::error_code ignored;
+    const file_descriptor locked = lock(at->path() / lock_name, 0);
+    if (locked.get() >= 0) std::filesystem::remove_all(at->path(), ignored);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +21,9 @@ namespace {
 
 constexpr std::array watched_signals = {SIGINT, SIGTERM, SIGHUP};
 constexpr std::size_t max_messages = 4096;
+constexpr std::size_t max_line = 8192;
+constexpr rlim_t max_file_size = rlim_t{8} << 30;
+constexpr int cannot_be_run = 127;  // as shells have it
 // Sent to the watcher by ourselves, to end it.
 constexpr int farewell = SIGUSR1;
 
@@ -30,7 +34,8 @@ bool is_ignored(int signal_number) {
 }
 
 bool is_executable(const std::filesystem::path& path) {
-  return std::filesystem::is_regular_file(path) && ::access(path.c_str(), X_OK) == 0;
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(path, ignored) && ::access(path.c_str(), X_OK) == 0;
 }
 
 std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
@@ -49,19 +54,71 @@ std::vector<std::string> environment_with(const std::filesystem::path& temporary
   return result;
 }
 
-struct child_process {
-  pid_t pid;
-  file_descriptor output;
-  file_descriptor messages;
+/// A running program at the head of a process group of its own. Killed and waited for in the end,
+/// unless it has ended before.
+class child_process {
+ public:
+  child_process(pid_t pid, file_descriptor out, file_descriptor err)
+      : pid_(pid), output_(std::move(out)), messages_(std::move(err)) {}
+  child_process(const child_process&) = delete;
+  child_process& operator=(const child_process&) = delete;
+  ~child_process() {
+    if (ended_) return;
+    ::kill(-pid_, SIGKILL);
+    wait(0);
+  }
+
+  /// Standard output and standard error.
+  [[nodiscard]] const file_descriptor& output() const { return output_; }
+  [[nodiscard]] const file_descriptor& messages() const { return messages_; }
+  /// Whether it has ended; then `status` holds how.
+  bool has_ended(int& status) {
+    wait(WNOHANG);
+    status = status_;
+    return ended_;
+  }
+
+ private:
+  void wait(int options) {
+    pid_t found = 0;
+    do {
+      found = ::waitpid(pid_, &status_, options);
+    } while (found < 0 && errno == EINTR);
+    ended_ = found != 0;
+  }
+
+  pid_t pid_;
+  file_descriptor output_;
+  file_descriptor messages_;
+  bool ended_ = false;
+  int status_ = 0;
 };
+
+/// What the child does after fork. Nothing may be allocated in it, since another thread could have
+/// been allocating when it was copied.
+[[noreturn]] void become_program(char* const* arguments, char* const* variables,
+                                 const char* directory, std::array<int, 3> streams,
+                                 const sigset_t& signal_mask) {
+  ::setpgid(0, 0);
+  std::signal(SIGPIPE, SIG_DFL);
+  std::signal(SIGXFSZ, SIG_DFL);
+  ::pthread_sigmask(SIG_SETMASK, &signal_mask, nullptr);
+  const rlimit limit = {max_file_size, max_file_size};
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  bool ready = ::chdir(directory) == 0;
+  for (int i = 0; i < 3; ++i) {
+    ready = ready && ::dup2(streams[static_cast<std::size_t>(i)], i) >= 0;
+  }
+  if (ready) ::execve(arguments[0], arguments, variables);
+  ::_exit(cannot_be_run);
+}
 
 child_process start(const std::vector<std::string>& command, const std::filesystem::path& directory,
                     const sigset_t& signal_mask) {
   pipe_ends output = make_pipe();
   pipe_ends messages = make_pipe();
   const file_descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-  // Everything is made ready here: between fork and exec the child of a process with threads may
-  // not allocate.
+  if (nothing.get() < 0) throw system_failure("open", "/dev/null", errno);
   const std::vector<std::string> environment = environment_with(directory);
   const std::vector<char*> arguments = pointers_to(command);
   const std::vector<char*> variables = pointers_to(environment);
@@ -69,15 +126,10 @@ child_process start(const std::vector<std::string>& command, const std::filesyst
   const pid_t pid = ::fork();
   if (pid < 0) throw system_failure("run", command.front(), errno);
   if (pid == 0) {
-    ::pthread_sigmask(SIG_SETMASK, &signal_mask, nullptr);
-    std::signal(SIGPIPE, SIG_DFL);
-    const bool ready = ::dup2(nothing.get(), STDIN_FILENO) >= 0 &&
-                       ::dup2(output.write.get(), STDOUT_FILENO) >= 0 &&
-                       ::dup2(messages.write.get(), STDERR_FILENO) >= 0 &&
-                       ::chdir(directory.c_str()) == 0;
-    if (ready) ::execve(arguments[0], arguments.data(), variables.data());
-    ::_exit(127);
+    become_program(arguments.data(), variables.data(), directory.c_str(),
+                   {nothing.get(), output.write.get(), messages.write.get()}, signal_mask);
   }
+  ::setpgid(pid, pid);  // in the child, too: whoever comes first
   return {pid, std::move(output.read), std::move(messages.read)};
 }
 
@@ -93,7 +145,8 @@ class line_cutter {
       line_.clear();
       bytes.remove_prefix(end + 1);
     }
-    line_ += bytes;
+    // Whoever writes no line ends gets no more memory.
+    line_ += bytes.substr(0, max_line - std::min(max_line, line_.size()));
   }
 
  private:
@@ -108,13 +161,6 @@ bool read_some(const file_descriptor& from, Take take) {
   const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
   if (count > 0) take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
   return count > 0 || (count < 0 && errno == EINTR);
-}
-
-int wait_for(pid_t pid) {
-  int status = 0;
-  while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
 }
 
 }  // namespace
@@ -134,18 +180,32 @@ interruption::interruption() : wake_(make_pipe()) {
     if (!is_ignored(number)) ::sigaddset(&watched_, number);
   }
   ::pthread_sigmask(SIG_BLOCK, &watched_, &former_mask_);
-  watcher_ = std::thread([this] {
-    int number = 0;
-    ::sigwait(&watched_, &number);
-    if (number == farewell) return;
+  watcher_ = std::thread([this] { watch(); });
+}
+
+void interruption::watch() {
+  using std::chrono::steady_clock;
+  // Signals that come together mean one interruption.
+  constexpr auto time_to_clean_up = std::chrono::seconds(2);
+  steady_clock::time_point first;
+  while (true) {
+    siginfo_t info{};
+    const int number = ::sigwaitinfo(&watched_, &info);
+    if (number == farewell && info.si_pid == ::getpid()) return;
+    if (number < 0 || number == farewell) continue;
+    if (requested()) {
+      if (steady_clock::now() - first > time_to_clean_up) end_by_signal();
+      continue;
+    }
+    first = steady_clock::now();
     signal_number_ = number;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(wake_.write.get(), &byte, 1);
-  });
+  }
 }
 
 interruption::~interruption() {
-  if (!requested()) ::pthread_kill(watcher_.native_handle(), farewell);
+  ::pthread_kill(watcher_.native_handle(), farewell);
   watcher_.join();
 }
 
@@ -154,13 +214,14 @@ bool interruption::requested() const { return signal_number_ != 0; }
 void interruption::end_by_signal() const {
   if (!requested()) return;
   std::signal(signal_number_, SIG_DFL);
-  ::raise(signal_number_);
   ::pthread_sigmask(SIG_SETMASK, &former_mask_, nullptr);
+  ::raise(signal_number_);
 }
 
 std::string child_result::reason() const {
   if (how == ending::timed_out) return "takes too long";
   if (how == ending::interrupted) return "interrupted";
+  if (how == ending::exited && status == cannot_be_run) return "cannot be run";
   std::string_view rest = messages;
   while (rest.ends_with('\n')) rest.remove_suffix(1);
   const std::string_view last = rest.substr(rest.rfind('\n') + 1);
@@ -173,51 +234,44 @@ child_result process_runner::run(const std::vector<std::string>& command,
                                  const line_handler& handle_line) const {
   using namespace std::chrono;
   const auto deadline = steady_clock::now() + time_limit_;
-  const child_process child = start(command, directory, interrupted_.former_mask());
+  child_process child = start(command, directory, interrupted_.former_mask());
 
   child_result result;
   line_cutter lines(handle_line);
-  std::array<pollfd, 3> watched = {{{child.output.get(), POLLIN, 0},
-                                    {child.messages.get(), POLLIN, 0},
+  const auto take_message = [&result](std::string_view bytes) {
+    const std::size_t room = max_messages - std::min(max_messages, result.messages.size());
+    result.messages += bytes.substr(0, room);
+  };
+  std::array<pollfd, 3> watched = {{{child.output().get(), POLLIN, 0},
+                                    {child.messages().get(), POLLIN, 0},
                                     {interrupted_.descriptor(), POLLIN, 0}}};
-  // A descriptor of -1 is left alone by poll: that stream has ended. With both the child has, too.
-  while (watched[0].fd >= 0 || watched[1].fd >= 0) {
+  int status = 0;
+  while (true) {
+    // A descriptor of -1 is left alone by poll: that stream has ended. When both have, the child
+    // has in all likelihood, too; should it go on, it is looked at now and then.
+    const bool streams_ended = watched[0].fd < 0 && watched[1].fd < 0;
+    if (streams_ended && child.has_ended(status)) break;
     const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
-    const int timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000));
-    if (::poll(watched.data(), watched.size(), timeout) < 0) continue;
+    const std::int64_t longest = streams_ended ? 5 : 60'000;
+    const int timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
+    for (pollfd& stream : watched) stream.revents = 0;
+    ::poll(watched.data(), watched.size(), timeout);
     if (watched[2].revents != 0) result.how = child_result::ending::interrupted;
     if (left <= 0) result.how = child_result::ending::timed_out;
-    if (result.how != child_result::ending::exited) {
-      ::kill(child.pid, SIGKILL);
-      break;
-    }
-    const auto take_message = [&result](std::string_view bytes) {
-      result.messages +=
-          bytes.substr(0, max_messages - std::min(max_messages, result.messages.size()));
-    };
+    if (result.how != child_result::ending::exited) return result;
     if (watched[0].revents != 0 &&
-        !read_some(child.output, [&lines](std::string_view bytes) { lines.add(bytes); })) {
+        !read_some(child.output(), [&lines](std::string_view bytes) { lines.add(bytes); })) {
       watched[0].fd = -1;
     }
-    if (watched[1].revents != 0 && !read_some(child.messages, take_message)) watched[1].fd = -1;
+    if (watched[1].revents != 0 && !read_some(child.messages(), take_message)) watched[1].fd = -1;
   }
 
-  const int status = wait_for(child.pid);
-  if (result.how != child_result::ending::exited) return result;
   if (WIFSIGNALED(status)) result.how = child_result::ending::killed;
   result.status = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
-  // A terminal's interrupt reaches the child, too, and can do so before it reaches us.
-  if (result.how == child_result::ending::killed && result.status == SIGINT) {
-    result.how = child_result::ending::interrupted;
-  }
   return result;
 }
 
-std::optional<std::string> find_program(const std::string& name, std::string_view beside) {
-  const std::filesystem::path directory = std::filesystem::path(beside).parent_path();
-  if (!directory.empty() && is_executable(directory / name)) {
-    return std::filesystem::absolute(directory / name).string();
-  }
+std::optional<std::string> find_program(const std::string& name) {
   const char* const variable = std::getenv("PATH");
   std::string_view path = variable == nullptr ? "" : variable;
   while (!path.empty()) {
@@ -227,6 +281,24 @@ std::optional<std::string> find_program(const std::string& name, std::string_vie
     if (is_executable(candidate)) return std::filesystem::absolute(candidate).string();
   }
   return std::nullopt;
+}
+
+std::optional<std::string> find_program_beside(const std::string& name, const std::string& other) {
+  const bool has_directory = other.find('/') != std::string::npos;
+  const std::optional<std::string> called = has_directory ? other : find_program(other);
+  std::error_code unknown;
+  const std::filesystem::path real = std::filesystem::canonical(called.value_or(""), unknown);
+  const std::filesystem::path beside = real.parent_path() / name;
+  if (!unknown && is_executable(beside)) return beside.string();
+  return find_program(name);
+}
+
+void open_standard_streams() {
+  for (int i = STDIN_FILENO; i <= STDERR_FILENO; ++i) {
+    // The lowest descriptor that is free is the one wanted. Reading from it gives nothing.
+    if (::fcntl(i, F_GETFD) < 0) [[maybe_unused]]
+      const int opened = ::open("/dev/null", O_RDONLY);
+  }
 }
 
 }  // namespace trellion::batch

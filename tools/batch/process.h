@@ -25,8 +25,8 @@ struct pipe_ends {
 pipe_ends make_pipe();
 
 /// Notices SIGINT, SIGTERM and SIGHUP, unless they were ignored when it was made, and gives all
-/// threads the time to clean up. To be made before any thread is started: it blocks the signals in
-/// this one and those that it starts.
+/// threads the time to clean up; another one two seconds later ends the process at once. To be made
+/// before any thread is started: it blocks the signals in this one and those that it starts.
 class interruption {
  public:
   interruption();
@@ -43,6 +43,8 @@ class interruption {
   void end_by_signal() const;
 
  private:
+  void watch();
+
   sigset_t watched_{};
   sigset_t former_mask_{};
   pipe_ends wake_;
@@ -66,15 +68,17 @@ struct child_result {
 using line_handler = std::function<void(std::string_view line)>;
 
 /// Runs programs as children: in a given directory, which is also their directory for temporary
-/// files, with nothing to read, for a limited time each.
+/// files, with nothing to read, for a limited time each. No file that they write grows beyond 8
+/// GiB.
 class process_runner {
  public:
   process_runner(const interruption& interrupted, std::chrono::seconds time_limit)
       : interrupted_(interrupted), time_limit_(time_limit) {}
 
   /// Runs a program, whose path comes first in the command, and waits for its end. Every line that
-  /// it writes on standard output goes to the handler. When it takes too long, or an interruption
-  /// is requested, it is killed. Throws run_error when the system allows no child.
+  /// it writes on standard output goes to the handler, its first 8192 bytes at least. When it takes
+  /// too long, or an interruption is requested, it is killed with all processes that it has
+  /// started. Throws run_error when the system allows no child.
   [[nodiscard]] child_result run(const std::vector<std::string>& command,
                                  const std::filesystem::path& directory,
                                  const line_handler& handle_line) const;
@@ -84,7 +88,14 @@ class process_runner {
   std::chrono::seconds time_limit_;
 };
 
-/// The path of a program: beside the given one when that has a directory, else in PATH.
-std::optional<std::string> find_program(const std::string& name, std::string_view beside = {});
+/// The path of a program in PATH.
+std::optional<std::string> find_program(const std::string& name);
+
+/// The path of a program beside another one, given as it was called, or else in PATH.
+std::optional<std::string> find_program_beside(const std::string& name, const std::string& other);
+
+/// Makes sure that standard input, output and error are open, so that no other file takes their
+/// place: those that were closed lead nowhere, and writing to them fails.
+void open_standard_streams();
 
 }  // namespace trellion::batch

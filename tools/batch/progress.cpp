@@ -15,11 +15,16 @@ void progress::tell(const file_report& report) {
   const std::lock_guard lock(one_at_a_time_);
   ++n_done_;
   if (quiet_) return;
-  const char* const before = on_terminal_ ? "\r\x1b[K" : "";
-  const char* const after = on_terminal_ ? "" : "\n";
-  const std::string shown = on_terminal_ ? report.file.filename() : report.file;
-  std::fprintf(stderr, "%s[%zu/%zu] %s: %s%s", before, n_done_, n_files_, printable(shown).c_str(),
-               in_words(report).c_str(), after);
+  const std::string count = '[' + std::to_string(n_done_) + '/' + std::to_string(n_files_) + "] ";
+  const std::string words = ": " + in_words(report);
+  if (on_terminal_) {
+    // A line that is longer than the terminal is wide could not be overwritten.
+    constexpr std::size_t width = 79;
+    const std::string line = count + printable(report.file.filename()) + words;
+    std::fprintf(stderr, "\r\x1b[K%s", line.substr(0, width).c_str());
+  } else {
+    std::fprintf(stderr, "%s\n", (count + printable(report.file) + words).c_str());
+  }
 }
 
 void progress::end() {

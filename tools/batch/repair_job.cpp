@@ -1,8 +1,10 @@
 #include "repair_job.h"
 
 #include <chrono>
+#include <cstring>
 #include <exception>
 #include <fstream>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -52,6 +54,15 @@ std::string percent(std::int64_t part, std::int64_t whole) {
   const std::string digits = std::to_string(hundredths % 100);
   return std::to_string(hundredths / 100) + '.' + std::string(2 - digits.size(), '0') + digits +
          " %";
+}
+
+/// What went wrong, without the names of functions and of our own files.
+std::string in_plain_words(const std::exception& error) {
+  if (const auto* of_files = dynamic_cast<const fs::filesystem_error*>(&error)) {
+    return of_files->code().message();
+  }
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "not enough memory"
+                                                                : error.what();
 }
 
 /// The work on one file. All steps but the last are made in a private directory, under fixed names.
@@ -128,6 +139,9 @@ file_report repair_job::try_way(const repair_way& way) {
   } catch (const dead_end& end) {
     report.result = end.result;
     report.reason = end.reason;
+  } catch (const std::exception& error) {
+    report.result = verdict::failed;
+    report.reason = in_plain_words(error);
   }
   return report;
 }
@@ -218,6 +232,7 @@ std::string repair_job::compare(const std::string& result, bool detoured) {
 
   const std::optional<picture_difference> difference =
       compare_pictures(directory_ / "input.ppm", directory_ / (result + ".ppm"), tolerance);
+  if (difference && difference->pixels == 0) throw dead_end{verdict::withheld, "there is no page"};
   if (!difference) throw dead_end{verdict::withheld, "the picture has another size"};
   const std::string share = percent(difference->differing, difference->pixels);
   const bool too_many = !options_.remove_mesh && difference->differing * 1000 > difference->pixels;
@@ -251,7 +266,12 @@ std::string repair_job::failure_of(const std::string& program,
   if (result.how == child_result::ending::interrupted) throw dead_end{verdict::interrupted, {}};
   if (result.succeeded()) return {};
   const std::string name = fs::path(program).filename();
-  const std::string reason = gs_error.empty() ? result.reason() : gs_error;
+  std::string reason = gs_error.empty() ? result.reason() : gs_error;
+  for (const auto& [ours, theirs] :
+       {std::pair("'input.eps'", file_), {"'input_r.eps'", result_path(file_)}}) {
+    const std::size_t at = reason.find(ours);
+    if (at != std::string::npos) reason.replace(at, std::strlen(ours), "'" + theirs.string() + "'");
+  }
   return reason.starts_with(name + ": ") ? reason : name + ": " + reason;
 }
 
@@ -261,21 +281,26 @@ file_report repair_file(const fs::path& file, const batch_options& options,
                         const process_runner& runner) {
   const auto start = std::chrono::steady_clock::now();
   file_report report;
+  std::int64_t bytes_before = -1;
   try {
+    const fs::file_status status = fs::status(file);
+    if (!fs::exists(status)) throw run_error("there is no such file");
+    if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
     const input_file readable(file);
+    bytes_before = static_cast<std::int64_t>(fs::file_size(file));
     std::error_code ignored;
     if (!options.replace && fs::exists(fs::symlink_status(result_path(file), ignored))) {
       report.result = verdict::exists;
     } else {
       report = repair_job(file, options, runner).run();
     }
-    report.bytes_before = static_cast<std::int64_t>(fs::file_size(file));
   } catch (const std::exception& error) {
     report.result = verdict::failed;
-    report.reason = error.what();
+    report.reason = in_plain_words(error);
   }
   if (report.result == verdict::exists) report.reason = "-f replaces it";
   report.file = file;
+  report.bytes_before = bytes_before;
   report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return report;
 }

@@ -76,8 +76,15 @@ std::string escaped(std::string_view text) {
 }  // namespace
 
 std::string printable(std::string text) {
-  std::ranges::replace_if(
-      text, [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
+  unsigned char before = 0;
+  for (char& c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool is_control = byte < ' ' || byte == 0x7f;
+    // The control characters beyond ASCII have two bytes in UTF-8.
+    const bool is_second_of_control = before == 0xc2 && byte >= 0x80 && byte < 0xa0;
+    if (is_control || is_second_of_control) c = '?';
+    before = byte;
+  }
   return text;
 }
 
