@@ -14,8 +14,6 @@
 #include <system_error>
 #include <utility>
 
-extern char** environ;
-
 namespace trellion::batch {
 namespace {
 
@@ -40,6 +38,7 @@ bool is_executable(const std::filesystem::path& path) {
 
 std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
   pointers.push_back(nullptr);
   return pointers;

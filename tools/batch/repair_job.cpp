@@ -51,6 +51,7 @@ std::vector<repair_way> ways_to_try(const batch_options& options) {
 
 std::string percent(std::int64_t part, std::int64_t whole) {
   const std::int64_t hundredths = part * 10'000 / whole;
+  if (part > 0 && hundredths == 0) return "< 0.01 %";
   const std::string digits = std::to_string(hundredths % 100);
   return std::to_string(hundredths / 100) + '.' + std::string(2 - digits.size(), '0') + digits +
          " %";
@@ -110,13 +111,15 @@ repair_job::repair_job(const fs::path& file, const batch_options& options,
 }
 
 file_report repair_job::run() {
+  const std::vector<repair_way> ways = ways_to_try(options_);
   file_report gravest;
-  for (const repair_way& way : ways_to_try(options_)) {
+  for (const repair_way& way : ways) {
     file_report report = try_way(way);
     const bool at_end = report.result <= verdict::exists || report.result == verdict::interrupted;
     if (at_end) return report;
     if (gravest.way.empty() || report.result >= gravest.result) gravest = std::move(report);
   }
+  if (ways.size() > 1) gravest.reason += "; no other way was better";
   return gravest;
 }
 
@@ -206,12 +209,14 @@ trellion_console repair_job::repair(const std::string& source, std::int32_t min_
   return console;
 }
 
+/// Where nothing was joined nothing is gained, and lines that are no polygons may have been taken
+/// for some: they have no area and vanish.
 void repair_job::check_gain(const trellion_console& console, std::int64_t bytes_after) const {
-  const bool several_ways = options_.auto_way || options_.detour;
-  if (several_ways && !console.joined()) {
+  if (options_.keep_larger) return;
+  if (!console.joined()) {
     throw dead_end{verdict::nothing_to_join, "no polygons share an edge"};
   }
-  if (bytes_after >= bytes_before_ && !options_.remove_mesh && !options_.keep_larger) {
+  if (bytes_after >= bytes_before_ && !options_.remove_mesh) {
     throw dead_end{verdict::not_smaller, "the result is not smaller"};
   }
 }
