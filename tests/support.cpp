@@ -12,6 +12,11 @@
 
 namespace trellion::testing {
 
+std::string read_file(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 scratch_directory::scratch_directory() {
   std::string name = std::filesystem::temp_directory_path() / "trellion-test-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch directory");
@@ -25,8 +30,7 @@ void scratch_directory::write(const std::string& name, std::string_view text) co
 }
 
 std::string scratch_directory::read(const std::string& name) const {
-  std::ifstream file(path_ / name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return read_file(path_ / name);
 }
 
 outcome shell(const std::string& command, const scratch_directory& directory) {

@@ -31,6 +31,9 @@ class captured_text {
   text_writer writer_{sink_};
 };
 
+/// The bytes of a file; empty when it cannot be read.
+std::string read_file(const std::filesystem::path& path);
+
 /// A directory of its own, removed with the object.
 class scratch_directory {
  public:

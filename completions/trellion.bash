@@ -1,0 +1,35 @@
+# bash completion of trellion and trellion-batch
+
+_trellion() {
+  local word=${COMP_WORDS[COMP_CWORD]}
+  COMPREPLY=()
+  if [[ $word == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W '-m0 -s1 -s2 -r -v' -- "$word")
+  else
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.@(eps|EPS|epsf|epsi|ps)' -- "$word"; compgen -d -- "$word")
+  fi
+}
+
+_trellion_batch() {
+  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  case $previous in
+    -m | -s | -j | --jobs | --time-limit) return ;;
+    --report)
+      compopt -o filenames
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      return
+      ;;
+  esac
+  if [[ $word == -* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W '-m -s -r --auto --detour -f --force --keep --verify
+      --no-verify -j --jobs --time-limit --report -q --quiet -h --help --version' -- "$word")
+  else
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.@(eps|EPS|epsf|epsi)' -- "$word"; compgen -d -- "$word")
+  fi
+}
+
+complete -F _trellion trellion
+complete -F _trellion_batch trellion-batch
