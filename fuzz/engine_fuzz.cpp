@@ -35,7 +35,7 @@ std::vector<testing::polygon> polygons_from(std::string_view bytes) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   // Small sizes put the structures for large paths and crowds to work on small groups.
-  constexpr std::array<engine_sizes, 4> all_sizes = {{{}, {3, 64}, {64, 2}, {4, 3}}};
+  constexpr std::array<engine_sizes, 4> all_sizes = {{{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}}};
   const std::int32_t merge_limit = data[0] & 7;
   const engine_sizes sizes = all_sizes[data[0] >> 3 & 3];
 

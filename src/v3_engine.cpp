@@ -11,6 +11,7 @@
 #include "edge_index.h"
 #include "fields.h"
 #include "param.h"
+#include "ring_order.h"
 
 namespace trellion {
 namespace {
@@ -38,9 +39,8 @@ namespace {
 // under fewer, all its edges are announced, and so is every edge that a clean-up has changed.
 //
 // The cost: a merger looks at all of B, and a path filed under fewer points is looked at whole, but
-// either way as many points are removed, or end in a path of twice the size. Two shapes cost more:
-// a large outline whose partners touch it at two distant places (first_from walks between them),
-// and one that runs along the same edge very many times.
+// either way as many points are removed, or end in a path of twice the size. One shape costs more:
+// an outline that runs along the same edge very many times.
 
 rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
 
@@ -48,6 +48,7 @@ rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
 struct ordered_edges {
   lazy_heap by_rank;
   std::vector<edge> crowded;  // their crowds know the first neighbour
+  bool has_labels = false;    // whether the ring's points are labelled
 };
 
 class engine {
@@ -80,7 +81,7 @@ class engine {
   std::optional<partner> find_partner_of_small();
   std::optional<partner> find_partner_of_large();
   edge first_shared_edge(path_index partner_path);
-  edge first_from(point_index start, std::vector<edge> edges) const;
+  edge first_from_cursor(std::vector<edge> edges);
 
   void merge(const partner& found);
   edge partner_edge(path_index partner_path, edge at) const;
@@ -97,6 +98,7 @@ class engine {
   engine_sizes sizes_;
   edge_index index_;
   cleanup cleanup_;
+  ring_order order_;
   std::uint32_t n_ = strata::min_points;  // number of points of the paths being taken up
   rank unmatched_from_ = 0;               // ranks given since n_ became what it is
   std::uint32_t filings_ = 0;
@@ -115,6 +117,7 @@ engine::engine(path_store& store, strata& strata, text_writer& console, const en
       sizes_(sizes),
       index_(store, sizes.crowd),
       cleanup_(store, index_),
+      order_(store),
       is_large_(store.paths.size()) {
   for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
     for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
@@ -247,24 +250,25 @@ edge engine::first_shared_edge(path_index partner_path) {
       if (index_.lie_alike(own, e)) shared.push_back(own);
     }
   }
-  return first_from(store_.paths[current_].cursor, std::move(shared));
+  return first_from_cursor(std::move(shared));
 }
 
-/// Which of some edges of one ring comes first from a point on. Walks back from all of them in
-/// step: whoever meets another edge is not the first, whoever meets the start is. So it takes no
-/// longer than the second longest gap between them: no time where they lie side by side, as in a
-/// notch, but half the ring for a rung between two jaws.
-edge engine::first_from(point_index start, std::vector<edge> edges) const {
+/// Which of some edges of the current path, a large one, comes first from its cursor on. Walks back
+/// from all of them in step: whoever meets another edge is not the first, whoever meets the cursor
+/// is. That is quick where they lie side by side, as in a notch, but for a rung between two jaws
+/// takes half the ring: when it takes long the ring's order decides, from then on kept in labels.
+edge engine::first_from_cursor(std::vector<edge> edges) {
   struct runner {
     edge from;
     point_index at;
   };
   std::ranges::sort(edges);
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+  const point_index start = store_.paths[current_].cursor;
   std::vector<runner> runners;
   runners.reserve(edges.size());
   for (const edge e : edges) runners.push_back({e, e});
-  while (runners.size() > 1) {
+  for (std::uint32_t steps = 0; steps < sizes_.patience && runners.size() > 1; ++steps) {
     for (const runner& r : runners) {
       if (r.at == start) return r.from;
     }
@@ -273,7 +277,13 @@ edge engine::first_from(point_index start, std::vector<edge> edges) const {
       return std::ranges::binary_search(edges, r.at);
     });
   }
-  return runners.front().from;
+  if (runners.size() == 1) return runners.front().from;
+
+  bool& has_labels = large_.at(current_).has_labels;
+  if (!std::exchange(has_labels, true)) order_.label(current_);
+  return std::ranges::min(runners, {},
+                          [&](const runner& r) { return order_.distance(start, r.from); })
+      .from;
 }
 
 void engine::merge(const partner& found) {
@@ -304,6 +314,7 @@ void engine::merge(const partner& found) {
   }
   if (is_large_[current_]) {
     ordered_edges& ordered = large_.at(current_);
+    if (ordered.has_labels) order_.label_inserted(first_of_b, last_of_b);
     for (edge e = first_of_b;; e = points[e].next) {
       order_edge(ordered, e);
       if (e == last_of_b) break;

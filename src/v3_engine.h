@@ -12,6 +12,7 @@ namespace trellion {
 struct engine_sizes {
   std::uint32_t large_path = 256;  ///< points of a path whose neighbours are kept in order
   std::uint32_t crowd = 64;        ///< edges between the same two points that are kept in order
+  std::uint32_t patience = 64;     ///< steps along a large path until its points are kept in order
 };
 
 /// Joins the paths of a group that share an edge and files the results in the strata by their new
@@ -20,7 +21,7 @@ struct engine_sizes {
 /// more ends it before the strata of more points than that; those of 3 points are worked in any
 /// case. The console gets a progress line for every hundred mergers. When two paths cancel each
 /// other out it gets a fatal line, and the run ends early. The time grows with the number of
-/// points, times its logarithm, but for the shapes that are named in v3_engine.cpp.
+/// points, times its logarithm, but for the shape that is named in v3_engine.cpp.
 void v3_process(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
                 const engine_sizes& sizes = {});
 

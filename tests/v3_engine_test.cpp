@@ -132,7 +132,7 @@ TEST(engine, agrees_with_the_plain_one) {
     const int limit = groups.between(0, 1) == 0 ? 0 : groups.between(3, 8);
     const engine_result expected = plainly_merged(text, limit);
     // Small sizes put the structures for large paths and crowds to work on small groups.
-    for (const engine_sizes sizes : {engine_sizes{}, {3, 64}, {64, 2}, {4, 3}}) {
+    for (const engine_sizes sizes : {engine_sizes{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}}) {
       ASSERT_EQ(merged(text, limit, sizes), expected) << "seed " << seed << ":\n" << text;
     }
   }

@@ -1,0 +1,59 @@
+#include "ring_order.h"
+
+namespace trellion {
+
+void ring_order::label(path_index path) {
+  labels_.resize(store_.points.size());
+  const ps_path& p = store_.paths[path];
+  spread(p.cursor, p.n_points, 0, UINT64_MAX / p.n_points);
+}
+
+void ring_order::label_inserted(point_index first, point_index last) {
+  std::uint64_t n_inserted = 1;
+  for (point_index p = first; p != last; p = store_.points[p].next) ++n_inserted;
+  const std::uint64_t before = labels_[store_.points[first].prev];
+  const std::uint64_t gap = labels_[store_.points[last].next] - before;
+  const std::uint64_t step = gap / (n_inserted + 1);
+  if (step > 0) {
+    spread(first, n_inserted, before + step, step);
+  } else {
+    make_room(first, last, n_inserted);
+  }
+}
+
+/// Where a gap is used up the labels around it are spread anew: over the smallest range, of those
+/// whose size is a power of 2 and a multiple of which they begin at, that is not too full. Larger
+/// ranges have to be emptier, so that it takes long until they are full again.
+void ring_order::make_room(point_index first, point_index last, std::uint64_t n_inserted) {
+  constexpr int all_bits = 64;
+  constexpr double growth = 4.0 / 3;  // of what may be in a range, when its size doubles
+  const std::vector<ps_point>& points = store_.points;
+  const std::uint64_t anchor = labels_[points[first].prev];
+  point_index left = points[first].prev;
+  point_index right = last;
+  std::uint64_t n = n_inserted + 1;  // from left to right
+  double allowed = 1;
+  for (int bits = 1; bits < all_bits; ++bits) {
+    const auto in_range = [&](point_index p) { return (labels_[p] ^ anchor) >> bits == 0; };
+    for (; points[left].prev != right && in_range(points[left].prev); ++n) left = points[left].prev;
+    for (; points[right].next != left && in_range(points[right].next); ++n) {
+      right = points[right].next;
+    }
+    allowed *= growth;
+    if (static_cast<double>(n) <= allowed) {
+      const std::uint64_t size = std::uint64_t{1} << bits;
+      spread(left, n, anchor & ~(size - 1), size / n);
+      return;
+    }
+  }
+  for (; points[right].next != left; ++n) right = points[right].next;
+  spread(left, n, 0, UINT64_MAX / n);
+}
+
+void ring_order::spread(point_index first, std::uint64_t n_points, std::uint64_t label,
+                        std::uint64_t step) {
+  point_index p = first;
+  for (; n_points > 0; --n_points, p = store_.points[p].next, label += step) labels_[p] = label;
+}
+
+}  // namespace trellion
