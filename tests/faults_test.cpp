@@ -59,6 +59,8 @@ TEST_F(faults, in_writing_are_told) {
             "trellion: cannot write 's_r.eps': No space left on device\n");
   EXPECT_EQ(complaint("trellion s >/dev/full"),
             "trellion: cannot write 'standard output': No space left on device\n");
+  EXPECT_EQ(complaint("trellion s >&-"),
+            "trellion: cannot write 'standard output': Bad file descriptor\n");
   EXPECT_EQ(complaint("trellion </dev/null"), "trellion: no file was named: the input has ended\n");
 }
 
