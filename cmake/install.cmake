@@ -19,9 +19,16 @@ compressed(doc/man/trellion.1 trellion.1 ${CMAKE_INSTALL_MANDIR}/man1)
 compressed(CHANGELOG.md changelog ${package_docdir})
 install(FILES completions/trellion.bash RENAME trellion
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
-install(FILES completions/_trellion
-  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions)
-install(FILES README.md SECURITY.md DESTINATION ${package_docdir})
+# Where Debian's zsh looks depends on who installs.
+install(CODE "
+  set(functions site-functions)
+  if(CMAKE_INSTALL_PREFIX MATCHES /usr$)
+    set(functions vendor-completions)
+  endif()
+  file(INSTALL ${PROJECT_SOURCE_DIR}/completions/_trellion
+       DESTINATION \${CMAKE_INSTALL_PREFIX}/share/zsh/\${functions})")
+install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md LICENSE
+  DESTINATION ${package_docdir})
 install(FILES doc/design.md doc/producers.md doc/before_after.png doc/frames.png
   DESTINATION ${package_docdir}/doc)
 install(FILES LICENSE RENAME copyright DESTINATION ${package_docdir})

@@ -7,7 +7,7 @@ _trellion() {
     mapfile -t COMPREPLY < <(compgen -W '-m0 -s1 -s2 -r -v' -- "$word")
   else
     compopt -o filenames
-    mapfile -t COMPREPLY < <(compgen -f -X '!*.@(eps|EPS|epsf|epsi|ps)' -- "$word"; compgen -d -- "$word")
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.[eE][pP][sS]*' -- "$word"; compgen -d -- "$word")
   fi
 }
 
@@ -27,7 +27,7 @@ _trellion_batch() {
       --no-verify -j --jobs --time-limit --report -q --quiet -h --help --version' -- "$word")
   else
     compopt -o filenames
-    mapfile -t COMPREPLY < <(compgen -f -X '!*.@(eps|EPS|epsf|epsi)' -- "$word"; compgen -d -- "$word")
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.[eE][pP][sS]*' -- "$word"; compgen -d -- "$word")
   fi
 }
 

@@ -21,6 +21,8 @@ def panel(eps, offset):
 
 
 def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
     program = Path(sys.argv[1]).resolve()
     here = Path(__file__).resolve().parent
     with tempfile.TemporaryDirectory() as name:

@@ -42,6 +42,8 @@ def body(frame):
 
 
 def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
     program = Path(sys.argv[1]).resolve()
     here = Path(__file__).resolve().parent
     side = CELLS * CELL

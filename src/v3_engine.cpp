@@ -87,7 +87,7 @@ class engine {
   edge partner_edge(path_index partner_path, edge at) const;
   void index_changed_edges();
 
-  ordered_edges& order_edges(path_index path);
+  ordered_edges& order_edges();
   void order_edge(ordered_edges& ordered, edge e);
   void tell_neighbours(edge e);
   void note_new_crowds();
@@ -205,7 +205,7 @@ std::optional<engine::partner> engine::find_partner_of_small() {
 }
 
 std::optional<engine::partner> engine::find_partner_of_large() {
-  ordered_edges& ordered = order_edges(current_);
+  ordered_edges& ordered = order_edges();
   ranked_edge best = nobody;
   while (best.at == no_point && !ordered.by_rank.empty()) {
     const ranked_edge top = ordered.by_rank.top();
@@ -351,12 +351,13 @@ void engine::index_changed_edges() {
 }
 
 /// The ordered edges of the current path, made when it has none yet.
-ordered_edges& engine::order_edges(path_index path) {
-  const auto [found, added] = large_.try_emplace(path);
+ordered_edges& engine::order_edges() {
+  const auto [found, added] = large_.try_emplace(current_);
   if (added) {
-    is_large_[path] = true;
-    edge e = store_.paths[path].cursor;
-    for (std::uint32_t i = 0; i < store_.paths[path].n_points; ++i, e = store_.points[e].next) {
+    is_large_[current_] = true;
+    const ps_path& path = store_.paths[current_];
+    edge e = path.cursor;
+    for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
       order_edge(found->second, e);
     }
   }

@@ -73,6 +73,7 @@ bool run_matcher::read_vertex(const token& op) {
   group_.vertices.push_back({x, tokens_.last().text.data()});
   return tokens_.next_is(op);
 }
+
 /// Reads the operators after the end of a polygon. False when the run is broken.
 bool run_matcher::read_trailing() {
   const std::vector<token>& trailing = operators_.trailing_operators;

@@ -66,7 +66,7 @@ def shown(report):
         return f"**changed**: {changed[1]}"
     if "does not render" in report["reason"]:
         return f"**{'input ' if 'input' in report['reason'] else ''}does not render**"
-    return report["picture"].replace(" 0.00 %", " < 0.01 %") or report["reason"]
+    return report["picture"] or report["reason"]
 
 
 def automatic(report):
@@ -96,6 +96,8 @@ def measure(built, program, picture, eps):
 
 
 def main():
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
     built, wanted = Path(sys.argv[1]).resolve(), sys.argv[2:]
     print("|", " | ".join(HEAD), "|")
     print("|---|---|---|---|---:|---:|---:|---:|---|---|")

@@ -15,11 +15,12 @@ constexpr const char* description =
     "changed.";
 
 constexpr const char* epilogue =
-    "Exit status: 0 all good, 1 something failed or was withheld, 2 a mistake on the command line.";
+    "Exit status: 0 all good, 1 something failed or was withheld or there was nothing to work on,\n"
+    "2 a mistake on the command line or a program is missing.";
 
-void remark(const char* what) { std::fprintf(stderr, "trellion-batch: %s\n", what); }
+void remark(const std::string& what) { std::fprintf(stderr, "trellion-batch: %s\n", what.c_str()); }
 
-[[noreturn]] void refuse(const char* why) {
+[[noreturn]] void refuse(const std::string& why) {
   remark(why);
   throw early_exit{2};
 }
@@ -47,7 +48,6 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.set_version_flag("--version", "trellion-batch " TRELLION_VERSION);
   app.add_option("FILE|FOLDER", options.inputs,
                  "EPS files, and folders with EPS files at any depth")
-      ->required()
       ->type_name("");
   const auto add_number = [&app](const char* name, auto& value, int least, int most,
                                  const char* unit, const char* text) {
@@ -66,7 +66,8 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.add_flag("--auto", options.auto_way, "Try -s2, then -s1, then the detour; keep what is good");
   app.add_flag("--detour", options.detour, "By way of PDF (Ghostscript, pdftops), then -s2 or -s1");
   app.add_flag("-f,--force", options.replace, "Replace existing results");
-  app.add_flag("--keep", options.keep_larger, "Keep results that are not smaller, too");
+  app.add_flag("--keep", options.keep_larger,
+               "Keep results not smaller, or with nothing joined, too");
   app.add_flag("--verify", options.verify, "Compare the pictures (default if gs is there)");
   app.add_flag("--no-verify", no_verify, "Do not compare the pictures");
   add_number("-j,--jobs", options.jobs, 1, 1024, "N", "Files at a time (default: all cores)");
@@ -79,9 +80,11 @@ batch_options parse_options(int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
-    throw early_exit{app.exit(end) == 0 ? 0 : 2};
+    if (end.get_exit_code() == 0) throw early_exit{app.exit(end)};  // help or version
+    refuse(std::string(end.what()) + " (--help tells more)");
   }
   options.time_limit = std::chrono::seconds(seconds);
+  if (options.inputs.empty()) refuse("no file and no folder is named (--help tells more)");
 
   if (options.auto_way && options.detour) refuse("--auto and --detour exclude each other");
   if (options.auto_way && options.min_separators) refuse("--auto and -s exclude each other");

@@ -25,7 +25,7 @@ struct batch_options {
   bool auto_way = false;  ///< try one way after the other
   bool detour = false;
   bool replace = false;      ///< existing results
-  bool keep_larger = false;  ///< results that are not smaller
+  bool keep_larger = false;  ///< results that are not smaller, or with nothing joined
   bool verify = false;
   bool quiet = false;
   unsigned jobs = 1;

@@ -61,7 +61,7 @@ struct child_result {
   std::string messages;  ///< the beginning of what it wrote on standard error
 
   [[nodiscard]] bool succeeded() const { return how == ending::exited && status == 0; }
-  /// What went wrong, in words: its own last line, if it wrote one.
+  /// What went wrong, in words: the last line of `messages`, if there are any.
   [[nodiscard]] std::string reason() const;
 };
 
@@ -76,7 +76,7 @@ class process_runner {
       : interrupted_(interrupted), time_limit_(time_limit) {}
 
   /// Runs a program, whose path comes first in the command, and waits for its end. Every line that
-  /// it writes on standard output goes to the handler, its first 8192 bytes at least. When it takes
+  /// it ends on standard output goes to the handler, its first 8192 bytes at least. When it takes
   /// too long, or an interruption is requested, it is killed with all processes that it has
   /// started. Throws run_error when the system allows no child.
   [[nodiscard]] child_result run(const std::vector<std::string>& command,

@@ -11,14 +11,14 @@ namespace trellion::batch {
 /// The text with everything replaced that would move a terminal's cursor or change its colours.
 std::string printable(std::string text);
 
-/// What became of a file in a few words: the verdict and, unless it is good, why.
+/// What became of a file in a few words: the verdict and, unless a result was written, why.
 std::string in_words(const file_report& report);
 
 /// Writes the reports as a table for people, with the totals of what was written.
 void write_table(const std::vector<file_report>& reports, text_writer& out);
 
 /// Writes them as tab-separated values below a line of headings. What is unknown is left empty;
-/// tabs, line ends and backslashes in texts are written as \t, \n and \\.
+/// tabs, line feeds and backslashes in texts are written as \t, \n and \\.
 void write_tsv(const std::vector<file_report>& reports, text_writer& out);
 
 }  // namespace trellion::batch

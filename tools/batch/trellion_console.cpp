@@ -35,8 +35,7 @@ void trellion_console::read_line(std::string_view line) {
     finished_ = true;
   } else if (line.ends_with("no drawing operators detected.")) {
     nothing_found_ = true;
-  } else if (line.starts_with("trellion: ") || line.starts_with("trelion: ") ||
-             line.starts_with("Error : ")) {
+  } else if (line.starts_with("trellion: ") || line.starts_with("trelion: ")) {
     failure_ = line;
   }
 }
