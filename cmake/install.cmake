@@ -16,7 +16,7 @@ endfunction()
 
 install(TARGETS trellion)
 compressed(doc/man/trellion.1 trellion.1 ${CMAKE_INSTALL_MANDIR}/man1)
-compressed(CHANGELOG.md changelog ${package_docdir})
+compressed(cmake/debian-changelog changelog ${package_docdir})
 install(FILES completions/trellion.bash RENAME trellion
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 # Where Debian's zsh looks depends on who installs.
