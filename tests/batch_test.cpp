@@ -118,7 +118,7 @@ TEST_F(batches, tells_failures_and_goes_on) {
   directory.write("broken.eps", plain_picture(3) + "(\n");
   fs::create_directory(directory.path() / "d");
   directory.write("d/endless.eps", plain_picture(4) + "{} loop\n");
-  EXPECT_EQ(run("--time-limit 2 --report t.tsv missing.eps . --keep"), 1);
+  EXPECT_EQ(run("--time-limit 4 --report t.tsv missing.eps . --keep"), 1);
   const std::map<std::string, std::string> expected = {
       {"file", "result way"},        {"missing.eps", "FAILED "},
       {"./twins.eps", "FAILED -s2"}, {"./broken.eps", "WITHHELD -s2"},
@@ -150,7 +150,7 @@ TEST_F(batches, do_not_depend_on_how_programs_behave) {
     fs::permissions(directory.path() / "gs", fs::perms::owner_all);
   };
   const auto run_with_fake = [this](const std::string& arguments) {
-    shell("PATH=.:$PATH; trellion-batch --time-limit 1 --report t.tsv " + arguments, directory);
+    shell("PATH=.:$PATH; trellion-batch --time-limit 2 --report t.tsv " + arguments, directory);
     return verdicts("t.tsv")["a.eps"];
   };
   directory.write("a.eps", plain_picture(1));
