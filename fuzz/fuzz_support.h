@@ -1,10 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+
+#include "files.h"
 
 /// What a fuzzer calls with every input.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -21,6 +24,22 @@ inline void require(bool claim, const char* what) {
   std::fprintf(stderr, "does not hold: %s\n", what);
   std::abort();
 }
+
+/// Hands a text out in pieces of growing size.
+class source_in_pieces : public byte_source {
+ public:
+  explicit source_in_pieces(std::string_view text) : text_(text) {}
+
+  std::size_t read(char* buffer, std::size_t capacity) override {
+    const std::size_t count = text_.copy(buffer, std::min(capacity, piece_++));
+    text_.remove_prefix(count);
+    return count;
+  }
+
+ private:
+  std::string_view text_;
+  std::size_t piece_ = 1;
+};
 
 /// The text with LF for every line end and no blanks at the ends of lines. Its last line is ended,
 /// too, unless nothing is left of it.

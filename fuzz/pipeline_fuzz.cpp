@@ -12,20 +12,6 @@ namespace {
 
 using namespace trellion;
 
-class memory_source : public byte_source {
- public:
-  explicit memory_source(std::string_view text) : text_(text) {}
-
-  std::size_t read(char* buffer, std::size_t capacity) override {
-    const std::size_t count = text_.copy(buffer, capacity);
-    text_.remove_prefix(count);
-    return count;
-  }
-
- private:
-  std::string_view text_;
-};
-
 run_settings settings_from(unsigned char byte) {
   run_settings settings;
   settings.min_separators = (byte & 1) != 0 ? 1 : 2;
@@ -66,7 +52,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
   testing::captured_text console;
   testing::captured_text repaired;
-  memory_source source(text);
+  fuzzing::source_in_pieces source(text);
   try {
     repair(settings, source, text.size(), console, repaired);
   } catch (const early_end&) {

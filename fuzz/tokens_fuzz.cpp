@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "fuzz_support.h"
 #include "support.h"
 #include "tokens.h"
@@ -10,22 +8,6 @@
 namespace {
 
 using namespace trellion;
-
-/// Hands its text out in pieces of growing size.
-class source_in_pieces : public byte_source {
- public:
-  explicit source_in_pieces(std::string_view text) : text_(text) {}
-
-  std::size_t read(char* buffer, std::size_t capacity) override {
-    const std::size_t count = text_.copy(buffer, std::min(capacity, piece_++));
-    text_.remove_prefix(count);
-    return count;
-  }
-
- private:
-  std::string_view text_;
-  std::size_t piece_ = 1;
-};
 
 std::string written(const token_list& list) {
   testing::captured_text out;
@@ -53,7 +35,7 @@ bool same_tokens(token_list a, token_list b) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view input = fuzzing::as_text(data, size);
   testing::captured_text console;
-  source_in_pieces source(input);
+  fuzzing::source_in_pieces source(input);
   const file_text text = tokenize_file(source, size / 2, console);
   fuzzing::require(text.view() == input, "the text is read whole");
 

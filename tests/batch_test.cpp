@@ -126,6 +126,10 @@ TEST_F(batches, tells_failures_and_goes_on) {
   EXPECT_EQ(verdicts("t.tsv"), expected);
   expect_no_debris();
 
+  // A limit of the system holds for the programs, too, whoever runs them.
+  const std::string limited = "ulimit -f 2; trellion-batch --keep -f --no-verify good.eps";
+  EXPECT_NE(shell(limited, directory).out.find("FAILED: trellion: cannot write 'good_r.eps'"),
+            std::string::npos);
   EXPECT_EQ(run("--report good.eps good.eps"), 1);
   EXPECT_EQ(directory.read("good.eps"), plain_picture(2));
   EXPECT_EQ(run("--auto -s1 good.eps"), 2);

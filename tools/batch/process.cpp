@@ -53,6 +53,13 @@ std::vector<std::string> environment_with(const std::filesystem::path& temporary
   return result;
 }
 
+/// How large files may become: as we may make them, but no larger than the maximum.
+rlimit limit_of_files() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_FSIZE, &limit);
+  return {std::min(limit.rlim_cur, max_file_size), std::min(limit.rlim_max, max_file_size)};
+}
+
 /// A running program at the head of a process group of its own. Killed and waited for in the end,
 /// unless it has ended before.
 class child_process {
@@ -97,13 +104,12 @@ class child_process {
 /// been allocating when it was copied.
 [[noreturn]] void become_program(char* const* arguments, char* const* variables,
                                  const char* directory, std::array<int, 3> streams,
-                                 const sigset_t& signal_mask) {
+                                 const sigset_t& signal_mask, const rlimit& file_limit) {
   ::setpgid(0, 0);
   std::signal(SIGPIPE, SIG_DFL);
   std::signal(SIGXFSZ, SIG_DFL);
   ::pthread_sigmask(SIG_SETMASK, &signal_mask, nullptr);
-  const rlimit limit = {max_file_size, max_file_size};
-  ::setrlimit(RLIMIT_FSIZE, &limit);
+  ::setrlimit(RLIMIT_FSIZE, &file_limit);
   bool ready = ::chdir(directory) == 0;
   for (int i = 0; i < 3; ++i) {
     ready = ready && ::dup2(streams[static_cast<std::size_t>(i)], i) >= 0;
@@ -126,7 +132,8 @@ child_process start(const std::vector<std::string>& command, const std::filesyst
   if (pid < 0) throw system_failure("run", command.front(), errno);
   if (pid == 0) {
     become_program(arguments.data(), variables.data(), directory.c_str(),
-                   {nothing.get(), output.write.get(), messages.write.get()}, signal_mask);
+                   {nothing.get(), output.write.get(), messages.write.get()}, signal_mask,
+                   limit_of_files());
   }
   ::setpgid(pid, pid);  // in the child, too: whoever comes first
   return {pid, std::move(output.read), std::move(messages.read)};
