@@ -1,4 +1,4 @@
-#include "inputs.h"
+#include "batch/inputs.h"
 
 #include <algorithm>
 #include <array>

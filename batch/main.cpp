@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <memory>
 #include <numeric>
 #include <set>
@@ -27,6 +28,10 @@ namespace {
 using namespace trellion;
 using namespace trellion::batch;
 namespace fs = std::filesystem;
+
+void complain(const std::string& what) {
+  std::fprintf(stderr, "trellion-batch: %s\n", printable(what).c_str());
+}
 
 /// The order to work in: large files first, so that at the end no core waits for one.
 std::vector<std::size_t> largest_first(const std::vector<fs::path>& files) {
@@ -83,24 +88,46 @@ void clean_up_after_others(const std::vector<fs::path>& files) {
   for (const fs::path& directory : directories) remove_abandoned_directories(directory);
 }
 
-/// Opens the report before the work, so that a wrong name does not show after hours.
+bool is_a_report(const fs::path& file) {
+  std::ifstream existing(file, std::ios::binary);
+  std::string begin(report_begin.size(), '\0');
+  existing.read(begin.data(), static_cast<std::streamsize>(begin.size()));
+  return begin == report_begin;
+}
+
+/// Opens the report before the work, so that a wrong name does not show after hours. Nothing is
+/// replaced but a report of ours, or what is no file at all, such as a terminal.
 std::unique_ptr<output_file> open_report(const fs::path& name,
                                          const std::vector<fs::path>& inputs) {
   if (name.empty()) return nullptr;
+  const auto refuse = [&name](const char* why) {
+    throw run_error("cannot write the report to '" + name.string() + "': " + why);
+  };
   for (const fs::path& input : inputs) {
     if (is_same_place(name, input) || is_same_place(name, result_path(input))) {
-      throw run_error("cannot write the report to '" + name.string() +
-                      "': it is an input or a result");
+      refuse("it is an input or a result");
     }
   }
+  std::error_code ignored;
+  const bool holds_something =
+      fs::is_regular_file(name, ignored) && fs::file_size(name, ignored) > 0;
+  if (holds_something && !is_a_report(name)) refuse("it holds something else");
   return std::make_unique<output_file>(name, output_file::mode::replace);
 }
 
-void write_report(const std::vector<file_report>& reports, output_file& file) {
-  text_writer report(file);
-  write_tsv(reports, report);
-  report.flush();
-  file.close();
+/// False, with the reason on standard error, when the report cannot be written: hours of work are
+/// not to end without the table on the console.
+bool write_report(const std::vector<file_report>& reports, output_file& file) {
+  try {
+    text_writer report(file);
+    write_tsv(reports, report);
+    report.flush();
+    file.close();
+    return true;
+  } catch (const run_error& error) {
+    complain(error.what());
+    return false;
+  }
 }
 
 int run(const batch_options& options, const interruption& interrupted) {
@@ -112,10 +139,10 @@ int run(const batch_options& options, const interruption& interrupted) {
   clean_up_after_others(files);
   const std::vector<file_report> reports = repair_all(files, options, interrupted);
 
-  if (report_file) write_report(reports, *report_file);
+  if (report_file && !write_report(reports, *report_file)) complete = false;
   console_output standard_output;
   text_writer console(standard_output);
-  write_table(reports, console);
+  write_table(reports, options.show_hairlines, console);
   console.flush();
   const bool all_good = std::ranges::all_of(
       reports, [](const file_report& report) { return is_good(report.result); });
@@ -138,14 +165,14 @@ int main(int argc, char* argv[]) {
     try {
       status = run(options, interrupted);
     } catch (const std::exception& error) {
-      std::fprintf(stderr, "trellion-batch: %s\n", error.what());
+      complain(error.what());
     }
     interrupted.end_by_signal();
     return status;
   } catch (const early_exit& end) {
     return end.status;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "trellion-batch: %s\n", error.what());
+    complain(error.what());
     return 1;
   }
 }

@@ -1,10 +1,14 @@
-#include "options.h"
+#include "batch/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cctype>
 #include <cstdio>
+#include <string_view>
 #include <thread>
 
-#include "process.h"
+#include "batch/programs.h"
 
 namespace trellion::batch {
 namespace {
@@ -25,15 +29,22 @@ void remark(const std::string& what) { std::fprintf(stderr, "trellion-batch: %s\
   throw early_exit{2};
 }
 
-void find_programs(batch_options& options, const char* own_name) {
-  const std::optional<std::string> trellion = find_program_beside("trellion", own_name);
-  if (!trellion) refuse("trellion is neither beside this program nor in PATH");
-  options.tools.trellion = *trellion;
-  options.tools.gs = find_program("gs");
-  options.tools.pdftops = find_program("pdftops");
-  if (options.detour && !(options.tools.gs && options.tools.pdftops)) {
+void find_programs(batch_options& options) {
+  options.tools = {find_program("gs"), find_program("pdftops"), find_program("pdftocairo")};
+  if (options.detour && !options.tools.can_take_detours()) {
     refuse("--detour needs gs (Ghostscript) and pdftops (poppler-utils) in PATH");
   }
+}
+
+/// A report is not to take the place of a figure whose name stands where the report's is missing.
+void check_report_name(const std::filesystem::path& report) {
+  if (report.empty()) return;
+  std::string extension = report.extension();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  constexpr std::array<std::string_view, 5> figures = {".eps", ".epsf", ".epsi", ".ps", ".pdf"};
+  if (std::ranges::find(figures, extension) == figures.end()) return;
+  refuse("--report '" + report.string() + "' is the name of a figure: name a file for the report");
 }
 
 }  // namespace
@@ -57,24 +68,29 @@ batch_options parse_options(int argc, const char* const* argv) {
   };
   bool no_verify = false;
   int seconds = static_cast<int>(options.time_limit.count());
+  int megabytes = static_cast<int>(options.memory_limit >> 20);
 
   add_number("-m", options.merge_limit, 0, INT32_MAX, "J",
              "As in trellion: only polygons of J points or fewer");
   add_number("-s", options.min_separators, 1, INT32_MAX, "P",
              "As in trellion: P operators or more between polygons");
   app.add_flag("-r", options.remove_mesh, "As in trellion: close the hairlines between polygons");
-  app.add_flag("--auto", options.auto_way, "Try -s2, then -s1, then the detour; keep what is good");
+  app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, and keep the best result");
   app.add_flag("--detour", options.detour, "By way of PDF (Ghostscript, pdftops), then -s2 or -s1");
   app.add_flag("-f,--force", options.replace, "Replace existing results");
-  app.add_flag("--keep", options.keep_larger,
+  app.add_flag("--keep", options.keep_all,
                "Keep results not smaller, or with nothing joined, too");
   app.add_flag("--verify", options.verify, "Compare the pictures (default if gs is there)");
   app.add_flag("--no-verify", no_verify, "Do not compare the pictures");
   add_number("-j,--jobs", options.jobs, 1, 1024, "N", "Files at a time (default: all cores)");
   add_number("--time-limit", seconds, 1, 1'000'000, "SECONDS",
              "For each program that works on a file (default 300)");
+  add_number("--memory-limit", megabytes, 64, 1'000'000, "MB",
+             "For each program that works on a file (default 4096)");
   app.add_option("--report", options.report, "Write the table as tab-separated values, too")
       ->type_name("FILE");
+  app.add_flag("--hairlines", options.show_hairlines,
+               "Show the pixels of hairlines before and after in the table");
   app.add_flag("-q,--quiet", options.quiet, "No progress");
 
   try {
@@ -84,12 +100,14 @@ batch_options parse_options(int argc, const char* const* argv) {
     refuse(std::string(end.what()) + " (--help tells more)");
   }
   options.time_limit = std::chrono::seconds(seconds);
+  options.memory_limit = static_cast<std::uint64_t>(megabytes) << 20;
   if (options.inputs.empty()) refuse("no file and no folder is named (--help tells more)");
 
   if (options.auto_way && options.detour) refuse("--auto and --detour exclude each other");
   if (options.auto_way && options.min_separators) refuse("--auto and -s exclude each other");
   if (options.verify && no_verify) refuse("--verify and --no-verify exclude each other");
-  find_programs(options, argv[0]);
+  check_report_name(options.report);
+  find_programs(options);
   if (!no_verify && options.tools.gs) options.verify = true;
   if (!no_verify && !options.verify) remark("without gs (Ghostscript) pictures are not compared");
   if (options.auto_way && !(options.tools.gs && options.tools.pdftops)) {

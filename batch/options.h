@@ -9,11 +9,13 @@
 
 namespace trellion::batch {
 
-/// The programs that are run as children.
+/// The programs that are run as children, where they are there.
 struct programs {
-  std::string trellion;
   std::optional<std::string> gs;
   std::optional<std::string> pdftops;
+  std::optional<std::string> pdftocairo;
+
+  [[nodiscard]] bool can_take_detours() const { return gs && pdftops; }
 };
 
 /// What trellion-batch is asked to do.
@@ -22,15 +24,17 @@ struct batch_options {
   std::optional<std::int32_t> merge_limit;
   std::optional<std::int32_t> min_separators;
   bool remove_mesh = false;
-  bool auto_way = false;  ///< try one way after the other
+  bool auto_way = false;  ///< try all ways and take the best
   bool detour = false;
-  bool replace = false;      ///< existing results
-  bool keep_larger = false;  ///< results that are not smaller, or with nothing joined
+  bool replace = false;  ///< existing results
+  bool keep_all = false;  ///< results that are not smaller, or with nothing joined
   bool verify = false;
+  bool show_hairlines = false;  ///< in the table
   bool quiet = false;
   unsigned jobs = 1;
-  std::chrono::seconds time_limit{300};  ///< for each child process
-  std::filesystem::path report;          ///< empty for none
+  std::chrono::seconds time_limit{300};              ///< for each child process
+  std::uint64_t memory_limit = std::uint64_t{4} << 30;  ///< bytes, for each child process
+  std::filesystem::path report;                      ///< empty for none
   programs tools;
 };
 

@@ -1,10 +1,10 @@
-#include "progress.h"
+#include "batch/progress.h"
 
 #include <unistd.h>
 
 #include <cstdio>
 
-#include "table.h"
+#include "batch/table.h"
 
 namespace trellion::batch {
 

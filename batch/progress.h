@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "repair_job.h"
+#include "batch/file_report.h"
 
 namespace trellion::batch {
 

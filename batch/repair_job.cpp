@@ -1,61 +1,32 @@
-#include "repair_job.h"
+#include "batch/repair_job.h"
 
+#include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <exception>
 #include <fstream>
+#include <iterator>
 #include <new>
 #include <optional>
-#include <sstream>
-#include <string_view>
 #include <system_error>
 #include <utility>
+#include <variant>
 #include <vector>
 
-#include "detour.h"
+#include "batch/drawing.h"
+#include "batch/figure.h"
+#include "batch/inputs.h"
+#include "batch/judge.h"
+#include "batch/placing.h"
+#include "batch/private_directory.h"
+#include "batch/programs.h"
+#include "batch/ways.h"
+#include "batch/worker.h"
 #include "files.h"
-#include "inputs.h"
-#include "picture.h"
-#include "private_directory.h"
-#include "trellion_console.h"
 
 namespace trellion::batch {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A way to a repaired file.
-struct repair_way {
-  std::int32_t min_separators;
-  bool detour;
-
-  [[nodiscard]] std::string name() const {
-    return (detour ? "detour -s" : "-s") + std::to_string(min_separators);
-  }
-};
-
-/// A way leads to no result that can be kept.
-struct dead_end {
-  verdict result;
-  std::string reason;
-};
-
-std::vector<repair_way> ways_to_try(const batch_options& options) {
-  if (options.detour && options.min_separators) return {{*options.min_separators, true}};
-  if (options.detour) return {{2, true}, {1, true}};
-  if (!options.auto_way) return {{options.min_separators.value_or(2), false}};
-  std::vector<repair_way> ways = {{2, false}, {1, false}};
-  if (options.tools.gs && options.tools.pdftops) ways.insert(ways.end(), {{2, true}, {1, true}});
-  return ways;
-}
-
-std::string percent(std::int64_t part, std::int64_t whole) {
-  const std::int64_t hundredths = part * 10'000 / whole;
-  if (part > 0 && hundredths == 0) return "< 0.01 %";
-  const std::string digits = std::to_string(hundredths % 100);
-  return std::to_string(hundredths / 100) + '.' + std::string(2 - digits.size(), '0') + digits +
-         " %";
-}
 
 /// What went wrong, without the names of functions and of our own files.
 std::string in_plain_words(const std::exception& error) {
@@ -66,79 +37,129 @@ std::string in_plain_words(const std::exception& error) {
                                                                 : error.what();
 }
 
-/// The work on one file. All steps but the last are made in a private directory, under fixed names.
+/// A repaired file that may be kept.
+struct candidate {
+  repair_way way;
+  fs::path file;
+  std::uint64_t n_bytes = 0;
+  repair_summary summary;
+};
+
+dead_end dead_end_of(const early_end& ended) {
+  switch (ended.reason) {
+    case end_reason::no_operators: return {verdict::nothing_to_join, "no polygons found"};
+    case end_reason::no_safe_name:
+      return {verdict::failed, "the file has used up the names for the macro that closes the mesh"};
+    case end_reason::collapsed_path: return {verdict::failed, "two polygons cancel each other out"};
+    default: return {verdict::failed, "the repair ended early"};
+  }
+}
+
+bool have_same_bytes(const fs::path& a, const fs::path& b) {
+  std::ifstream bytes_of_a(a, std::ios::binary);
+  std::ifstream bytes_of_b(b, std::ios::binary);
+  using at = std::istreambuf_iterator<char>;
+  return std::equal(at(bytes_of_a), at(), at(bytes_of_b), at());
+}
+
+std::int64_t sum(const hairline_counts& counts) {
+  return counts.ghostscript.value_or(0) + counts.cairo.value_or(0);
+}
+
+bool exists(const fs::path& file) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(file, ignored));
+}
+
+bool is_older(const fs::path& result, const fs::path& input) {
+  std::error_code error;
+  const auto written = fs::last_write_time(result, error);
+  if (error) return false;
+  const auto drawn = fs::last_write_time(input, error);
+  return !error && written < drawn;
+}
+
+/// Why nothing was joined. A mesh that is drawn in a form that was not recognised is another matter
+/// than one without common edges.
+std::string why_nothing_was_joined(const repair_summary& summary) {
+  const std::int64_t with_area = summary.polygons_read - summary.without_area;
+  if (summary.polygons_read == 0) return "no polygons found";
+  if (with_area == 0) return "no polygons found, only lines";
+  const std::string found = std::to_string(with_area) + " polygons found";
+  return found + ", no two of them share an edge";
+}
+
+/// Ghostscript's rounding moves the colours of a detour by up to three levels of 255.
+constexpr int detour_tolerance = 4;
+
+/// The work on one file. All steps but the last are made in a private directory.
 class repair_job {
  public:
-  repair_job(const fs::path& file, const batch_options& options, const process_runner& runner);
+  repair_job(figure input, const batch_options& options, const process_runner& runner)
+      : input_(std::move(input)),
+        options_(options),
+        runner_(runner),
+        directory_(directory_of(input_.file)),
+        programs_(options.tools, runner, {options.time_limit, options.memory_limit, 0},
+                  directory_.path()) {}
 
-  /// Tries the ways until one leads to a result. Where none does, the gravest end is reported.
+  /// Tries all ways and puts the best result in its place. Where there is none the gravest end is
+  /// reported.
   file_report run();
 
  private:
-  file_report try_way(const repair_way& way);
-  std::string detour();
-  std::string through_pdf(const std::vector<std::string>& more_options);
-  [[nodiscard]] std::string read_file(const std::string& name) const;
-  void write_file(const std::string& name, std::string_view text) const;
-  trellion_console repair(const std::string& source, std::int32_t min_separators);
-  void check_gain(const trellion_console& console, std::int64_t bytes_after) const;
-  std::string compare(const std::string& result, bool detoured);
-  std::string render(const std::string& name);
-  std::string failure_of(const std::string& program, const std::vector<std::string>& arguments,
-                         const line_handler& handle_line = nullptr);
+  /// A result that can be kept, and what is to be said of it.
+  struct finding {
+    candidate made;
+    file_report report;
+  };
 
-  const fs::path file_;
+  std::vector<candidate> repair_all_ways();
+  candidate repair(const repair_way& way);
+  const fs::path& source_of(const repair_way& way);
+  const fs::path& detour();
+  const page_frame& frame();
+  const fs::path& framed_input();
+  void check_gain(const candidate& made) const;
+  std::optional<finding> best_of(const std::vector<candidate>& candidates);
+  void compare(const candidate& made, file_report& report);
+  verdict place(const candidate& best) const;
+
+  file_report report_of(const candidate& made) const;
+  template <class Step>
+  bool reach(file_report& report, Step step);
+
+  figure input_;
   const batch_options& options_;
   const process_runner& runner_;
-  const std::int64_t bytes_before_;
   const private_directory directory_;
-  // Made once for all ways: why there is none, empty when there is one.
-  std::optional<std::string> detour_failure_;
-  std::optional<std::string> picture_failure_;
+  const drawing_programs programs_;
+  std::optional<page_frame> frame_;
+  std::optional<fs::path> framed_;
+  /// Made once for all ways, however it ends.
+  std::optional<std::variant<fs::path, dead_end>> detour_;
+  std::optional<appearance> appearance_;
+  std::optional<file_report> gravest_;
 };
 
-repair_job::repair_job(const fs::path& file, const batch_options& options,
-                       const process_runner& runner)
-    : file_(file),
-      options_(options),
-      runner_(runner),
-      bytes_before_(static_cast<std::int64_t>(fs::file_size(file))),
-      directory_(directory_of(file)) {
-  // A link beside which the repaired file is made; where the file system has none, a copy.
-  std::error_code no_links;
-  fs::create_symlink(fs::absolute(file_), directory_ / "input.eps", no_links);
-  if (no_links) fs::copy_file(file_, directory_ / "input.eps");
-}
-
 file_report repair_job::run() {
-  const std::vector<repair_way> ways = ways_to_try(options_);
-  file_report gravest;
-  for (const repair_way& way : ways) {
-    file_report report = try_way(way);
-    const bool at_end = report.result <= verdict::exists || report.result == verdict::interrupted;
-    if (at_end) return report;
-    if (gravest.way.empty() || report.result >= gravest.result) gravest = std::move(report);
+  const std::vector<candidate> candidates = repair_all_ways();
+  if (std::optional<finding> best = best_of(candidates)) {
+    if (reach(best->report, [&] { best->report.result = place(best->made); })) return best->report;
   }
-  if (ways.size() > 1) gravest.reason += "; no other way was better";
-  return gravest;
+  const bool several = ways_to_try(options_).size() > 1;
+  if (several && gravest_->result != verdict::interrupted) {
+    gravest_->reason += "; no other way was better";
+  }
+  return *gravest_;
 }
 
-file_report repair_job::try_way(const repair_way& way) {
-  file_report report;
-  report.way = way.name();
+/// Takes a step. When it leads to a dead end the report says so, and is kept if no graver one is.
+template <class Step>
+bool repair_job::reach(file_report& report, Step step) {
   try {
-    const std::string source = way.detour ? detour() : "input";
-    const trellion_console console = repair(source, way.min_separators);
-    report.polygons_before = console.polygons_before();
-    report.polygons_after = console.polygons_after();
-    const std::string result = source + "_r";
-    report.bytes_after = static_cast<std::int64_t>(fs::file_size(directory_ / (result + ".eps")));
-    check_gain(console, report.bytes_after);
-    if (options_.verify) report.picture = compare(result, way.detour);
-    const bool placed =
-        move_into_place(directory_ / (result + ".eps"), result_path(file_),
-                        options_.replace ? existing_file::replace : existing_file::keep);
-    report.result = placed ? verdict::written : verdict::exists;
+    step();
+    return true;
   } catch (const dead_end& end) {
     report.result = end.result;
     report.reason = end.reason;
@@ -146,138 +167,171 @@ file_report repair_job::try_way(const repair_way& way) {
     report.result = verdict::failed;
     report.reason = in_plain_words(error);
   }
-  return report;
+  if (!gravest_ || is_graver(report.result, gravest_->result)) gravest_ = report;
+  return false;
 }
 
-/// Makes a file of the input by way of PDF, which draws the same with other operators. Returns its
-/// name without the extension.
-std::string repair_job::detour() {
-  if (!detour_failure_) {
-    std::string text = through_pdf({});
-    if (detour_failure_->empty() && has_calibrated_colours_only(text)) {
-      text = through_pdf({"-sColorConversionStrategy=RGB"});
+/// What the ways lead to, the smallest first, each once.
+std::vector<candidate> repair_job::repair_all_ways() {
+  std::vector<candidate> candidates;
+  for (const repair_way& way : ways_to_try(options_)) {
+    file_report report;
+    report.way = way.name();
+    reach(report, [&] {
+      const candidate made = repair(way);
+      report = report_of(made);
+      check_gain(made);
+      const bool known = std::ranges::any_of(candidates, [&](const candidate& other) {
+        return other.n_bytes == made.n_bytes && have_same_bytes(other.file, made.file);
+      });
+      if (!known) candidates.push_back(made);
+    });
+    if (report.result == verdict::interrupted && gravest_ &&
+        gravest_->result == verdict::interrupted) {
+      return {};
     }
-    if (detour_failure_->empty()) write_file("detour.eps", without_unused_definitions(text));
   }
-  if (!detour_failure_->empty()) throw dead_end{verdict::failed, *detour_failure_};
-  return "detour";
+  std::ranges::stable_sort(candidates, {}, &candidate::n_bytes);
+  return candidates;
 }
 
-/// Converts the input to PDF, with more options for that, and back; returns what came of it.
-std::string repair_job::through_pdf(const std::vector<std::string>& more_options) {
-  std::vector<std::string> arguments = {"-q",
-                                        "-dSAFER",
-                                        "-dBATCH",
-                                        "-dNOPAUSE",
-                                        "-dEPSCrop",
-                                        "-sDEVICE=pdfwrite",
-                                        "-sOutputFile=detour.pdf"};
-  arguments.insert(arguments.end(), more_options.begin(), more_options.end());
-  arguments.emplace_back("input.eps");
-  detour_failure_ = failure_of(*options_.tools.gs, arguments);
-  if (detour_failure_->empty()) {
-    detour_failure_ = failure_of(*options_.tools.pdftops, {"-eps", "detour.pdf", "detour.eps"});
-  }
-  return detour_failure_->empty() ? read_file("detour.eps") : "";
-}
+candidate repair_job::repair(const repair_way& way) {
+  const fs::path& source = source_of(way);
+  // A name of its own for each, in a folder of its own: it is what messages tell.
+  std::string folder = way.name();
+  std::ranges::replace(folder, ' ', '_');
+  fs::create_directory(directory_ / folder);
+  const fs::path name = result_path(input_.file).filename();
 
-std::string repair_job::read_file(const std::string& name) const {
-  std::ifstream file(directory_ / name, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  if (!file) throw run_error("cannot read '" + name + "'");
-  return std::move(text).str();
-}
-
-void repair_job::write_file(const std::string& name, std::string_view text) const {
-  output_file file(directory_ / name, output_file::mode::replace);
-  file.write(text);
-  file.close();
-}
-
-trellion_console repair_job::repair(const std::string& source, std::int32_t min_separators) {
-  std::vector<std::string> arguments = {source + ".eps", "-s" + std::to_string(min_separators)};
-  if (options_.merge_limit) arguments.push_back("-m" + std::to_string(*options_.merge_limit));
-  if (options_.remove_mesh) arguments.emplace_back("-r");
-  trellion_console console;
-  std::string failure = failure_of(options_.tools.trellion, arguments,
-                                   [&console](std::string_view line) { console.read_line(line); });
-  if (console.nothing_found()) throw dead_end{verdict::nothing_to_join, "no polygons found"};
-  if (failure.empty()) failure = console.failure();
-  if (failure.empty() && !console.finished()) failure = "trellion: ended early";
-  if (!failure.empty()) throw dead_end{verdict::failed, failure};
-  return console;
-}
-
-/// Where nothing was joined nothing is gained, and lines that are no polygons may have been taken
-/// for some: they have no area and vanish.
-void repair_job::check_gain(const trellion_console& console, std::int64_t bytes_after) const {
-  if (options_.keep_larger) return;
-  if (!console.joined()) {
-    throw dead_end{verdict::nothing_to_join, "no polygons share an edge"};
-  }
-  if (bytes_after >= bytes_before_ && !options_.remove_mesh) {
-    throw dead_end{verdict::not_smaller, "the result is not smaller"};
-  }
-}
-
-/// Holds the result's picture against the input's; returns what to say of them when they count as
-/// the same. Along the outlines of joined polygons the renderer may decide otherwise about single
-/// pixels; with the mesh closed it fills those between them, so that their number says nothing. A
-/// pixel amid others that differ belongs to an area of another colour.
-std::string repair_job::compare(const std::string& result, bool detoured) {
-  // On the detour colours are rounded, which moves them by up to three levels of 255.
-  const int tolerance = detoured ? 4 : 0;
-  if (!picture_failure_) picture_failure_ = render("input");
-  if (!picture_failure_->empty()) {
-    throw dead_end{verdict::withheld, "the input does not render: " + *picture_failure_};
-  }
-  const std::string failure = render(result);
-  if (!failure.empty()) throw dead_end{verdict::withheld, "the result does not render: " + failure};
-
-  const std::optional<picture_difference> difference =
-      compare_pictures(directory_ / "input.ppm", directory_ / (result + ".ppm"), tolerance);
-  if (difference && difference->pixels == 0) throw dead_end{verdict::withheld, "there is no page"};
-  if (!difference) throw dead_end{verdict::withheld, "the picture has another size"};
-  const std::string share = percent(difference->differing, difference->pixels);
-  const bool too_many = !options_.remove_mesh && difference->differing * 1000 > difference->pixels;
-  if (difference->surrounded > 0 || too_many) {
-    throw dead_end{verdict::withheld, "the picture changed: " + share + " of the pixels differ"};
-  }
-  return difference->differing == 0 ? "same" : "same but " + share;
-}
-
-/// Draws a file without anti-aliasing; returns why that failed.
-std::string repair_job::render(const std::string& name) {
-  std::string failure = failure_of(
-      *options_.tools.gs, {"-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dEPSCrop", "-sDEVICE=ppmraw",
-                           "-r144", "-dTextAlphaBits=1", "-dGraphicsAlphaBits=1",
-                           "-sOutputFile=" + name + ".ppm", name + ".eps"});
-  if (failure.empty() && !fs::exists(directory_ / (name + ".ppm"))) failure = "it has no page";
-  return failure;
-}
-
-/// Runs a program in the private directory; returns why that failed, beginning with its name.
-std::string repair_job::failure_of(const std::string& program,
-                                   const std::vector<std::string>& arguments,
-                                   const line_handler& handle_line) {
-  std::vector<std::string> command = {program};
+  std::vector<std::string> command = {own_path()};
+  const std::vector<std::string> arguments =
+      worker_arguments({source, name, options_.merge_limit.value_or(0), way.min_separators,
+                        way.remove_mesh});
   command.insert(command.end(), arguments.begin(), arguments.end());
-  std::string gs_error;  // on standard output: what is on standard error is less telling
-  const child_result result = runner_.run(command, directory_.path(), [&](std::string_view line) {
-    if (line.starts_with("Error: ") && gs_error.empty()) gs_error = line;
-    if (handle_line) handle_line(line);
-  });
-  if (result.how == child_result::ending::interrupted) throw dead_end{verdict::interrupted, {}};
-  if (result.succeeded()) return {};
-  const std::string name = fs::path(program).filename();
-  std::string reason = gs_error.empty() ? result.reason() : gs_error;
-  for (const auto& [ours, theirs] :
-       {std::pair("'input.eps'", file_), {"'input_r.eps'", result_path(file_)}}) {
-    const std::size_t at = reason.find(ours);
-    if (at != std::string::npos) reason.replace(at, std::strlen(ours), "'" + theirs.string() + "'");
+  std::string said;
+  const std::uint64_t most_bytes = (std::uint64_t{64} << 20) + 4 * fs::file_size(source);
+  const child_result ended = runner_.run(
+      command, directory_ / folder,
+      [&said](std::string_view bytes) {
+        constexpr std::size_t enough = 4096;
+        said += bytes;
+        return said.size() < enough;
+      },
+      {options_.time_limit, options_.memory_limit, most_bytes});
+  if (ended.how == child_result::ending::interrupted) throw dead_end{verdict::interrupted, {}};
+  const std::optional<repair_outcome> outcome = read_outcome(said);
+  if (!ended.succeeded() || !outcome) throw dead_end{verdict::failed, ended.reason()};
+  if (const auto* early = std::get_if<early_end>(&*outcome)) throw dead_end_of(*early);
+
+  const fs::path file = directory_ / folder / name;
+  return {way, file, fs::file_size(file), std::get<repair_summary>(*outcome)};
+}
+
+const fs::path& repair_job::source_of(const repair_way& way) {
+  if (way.detour) return detour();
+  if (input_.kind == file_kind::dos_eps) {
+    throw dead_end{verdict::withheld, "it has a DOS preview header; --auto and --detour do without"};
   }
-  return reason.starts_with(name + ": ") ? reason : name + ": " + reason;
+  return input_.file;
+}
+
+const fs::path& repair_job::detour() {
+  if (!detour_) {
+    try {
+      const fs::path eps = directory_ / "detour" / input_.file.filename();
+      fs::create_directory(eps.parent_path());
+      take_detour(input_, framed_input(), frame(), programs_, directory_ / "detour.pdf", eps);
+      detour_ = eps;
+    } catch (const dead_end& end) {
+      detour_ = end;
+    } catch (const std::exception& error) {
+      detour_ = dead_end{verdict::failed, in_plain_words(error)};
+    }
+  }
+  if (const auto* end = std::get_if<dead_end>(&*detour_)) throw dead_end(*end);
+  return std::get<fs::path>(*detour_);
+}
+
+/// The frame of the figure's box. A file without one is drawn to see where it would be.
+const page_frame& repair_job::frame() {
+  if (frame_) return *frame_;
+  if (!input_.page.box) {
+    const eps_page drawn = read_page(programs_.box_comments_of(input_.file));
+    if (!drawn.box) throw dead_end{verdict::withheld, "it has no BoundingBox, and draws nothing"};
+    input_.page.box = drawn.box;
+    input_.page.box_lines = drawn.box_lines;
+  }
+  return frame_.emplace(frame_of(*input_.page.box));
+}
+
+const fs::path& repair_job::framed_input() {
+  if (!framed_) {
+    const fs::path framed = directory_ / "input.eps";
+    write_framed(input_.file, frame(), framed);
+    framed_ = framed;
+  }
+  return *framed_;
+}
+
+void repair_job::check_gain(const candidate& made) const {
+  if (options_.keep_all) return;
+  if (made.summary.mergers == 0) {
+    throw dead_end{verdict::nothing_to_join, why_nothing_was_joined(made.summary)};
+  }
+  // Whether closing the mesh is worth its bytes the hairlines tell.
+  if (made.n_bytes >= input_.n_bytes && !made.way.remove_mesh) {
+    throw dead_end{verdict::not_kept, "the result is not smaller"};
+  }
+}
+
+/// The smallest of the results that show the same picture; where the mesh is to be closed the one
+/// with the fewest hairlines.
+std::optional<repair_job::finding> repair_job::best_of(const std::vector<candidate>& candidates) {
+  std::optional<finding> best;
+  for (const candidate& made : candidates) {
+    finding found{made, report_of(made)};
+    if (!reach(found.report, [&] { compare(made, found.report); })) {
+      if (found.report.result == verdict::interrupted) return std::nullopt;
+      continue;
+    }
+    if (!options_.remove_mesh || !options_.verify) return found;
+    if (!best || sum(found.report.hairlines_after) < sum(best->report.hairlines_after)) {
+      best = std::move(found);
+    }
+  }
+  return best;
+}
+
+void repair_job::compare(const candidate& made, file_report& report) {
+  if (!options_.verify) return;
+  if (!appearance_) appearance_.emplace(programs_, framed_input(), frame());
+  const fs::path framed = fs::path(made.file).replace_extension(".framed.eps");
+  write_framed(made.file, frame(), framed);
+  appearance result(programs_, framed, frame());
+  report.picture = judge(*appearance_, result,
+                         {made.way.detour ? detour_tolerance : 0, made.way.remove_mesh});
+  report.hairlines_before = appearance_->hairlines();
+  report.hairlines_after = result.hairlines();
+  const bool fewer = sum(report.hairlines_after) < sum(report.hairlines_before);
+  if (!fewer && made.n_bytes >= input_.n_bytes && !options_.keep_all) {
+    throw dead_end{verdict::not_kept, "the result is not smaller, and closes no hairlines"};
+  }
+}
+
+verdict repair_job::place(const candidate& best) const {
+  const bool placed = move_into_place(
+      best.file, result_path(input_.file), input_.permissions,
+      options_.replace ? existing_file::replace : existing_file::keep);
+  return placed ? verdict::written : verdict::exists;
+}
+
+file_report repair_job::report_of(const candidate& made) const {
+  file_report report;
+  report.way = made.way.name();
+  report.polygons_before = made.summary.polygons_read;
+  report.polygons_after = made.summary.polygons_left;
+  report.bytes_after = made.n_bytes;
+  return report;
 }
 
 }  // namespace
@@ -286,26 +340,29 @@ file_report repair_file(const fs::path& file, const batch_options& options,
                         const process_runner& runner) {
   const auto start = std::chrono::steady_clock::now();
   file_report report;
-  std::int64_t bytes_before = -1;
+  std::optional<std::int64_t> n_bytes;
   try {
-    const fs::file_status status = fs::status(file);
-    if (!fs::exists(status)) throw run_error("there is no such file");
-    if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
-    const input_file readable(file);
-    bytes_before = static_cast<std::int64_t>(fs::file_size(file));
-    std::error_code ignored;
-    if (!options.replace && fs::exists(fs::symlink_status(result_path(file), ignored))) {
+    figure input = look_at(file);
+    n_bytes = static_cast<std::int64_t>(input.n_bytes);
+    const fs::path place = result_path(file);
+    if (!options.replace && exists(place)) {
       report.result = verdict::exists;
     } else {
-      report = repair_job(file, options, runner).run();
+      report = repair_job(std::move(input), options, runner).run();
     }
+  } catch (const dead_end& end) {
+    report.result = end.result;
+    report.reason = end.reason;
   } catch (const std::exception& error) {
     report.result = verdict::failed;
     report.reason = in_plain_words(error);
   }
-  if (report.result == verdict::exists) report.reason = "-f replaces it";
+  if (report.result == verdict::exists) {
+    report.reason = is_older(result_path(file), file) ? "older than the figure; -f replaces it"
+                                                      : "-f replaces it";
+  }
   report.file = file;
-  report.bytes_before = bytes_before;
+  report.bytes_before = n_bytes;
   report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return report;
 }

@@ -1,11 +1,11 @@
-#include "table.h"
+#include "batch/table.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
-#include "inputs.h"
 #include "param.h"
 
 namespace trellion::batch {
@@ -16,7 +16,7 @@ std::string_view name_of(verdict result) {
     case verdict::written: return "written";
     case verdict::exists: return "exists";
     case verdict::nothing_to_join: return "nothing to join";
-    case verdict::not_smaller: return "not kept";
+    case verdict::not_kept: return "not kept";
     case verdict::withheld: return "WITHHELD";
     case verdict::failed: return "FAILED";
     case verdict::interrupted: break;
@@ -24,7 +24,15 @@ std::string_view name_of(verdict result) {
   return "interrupted";
 }
 
-std::string count_text(std::int64_t count) { return count < 0 ? "" : std::to_string(count); }
+std::string count_text(std::optional<std::int64_t> count) {
+  return count ? std::to_string(*count) : "";
+}
+
+/// Both counts in one column: by Ghostscript, by cairo.
+std::string hairlines_text(const hairline_counts& counts) {
+  if (!counts.ghostscript) return "";
+  return count_text(counts.ghostscript) + (counts.cairo ? "/" + count_text(counts.cairo) : "");
+}
 
 std::string seconds_text(double seconds) {
   std::array<char, 32> text{};
@@ -38,34 +46,85 @@ std::size_t width_of(std::string_view text) {
       std::ranges::count_if(text, [](unsigned char c) { return (c & 0xc0) != 0x80; }));
 }
 
-constexpr std::size_t n_columns = 9;
-using table_row = std::array<std::string, n_columns>;
+using table_row = std::vector<std::string>;
 
-constexpr std::array<bool, n_columns> is_numeric = {false, false, true, true, true,
-                                                    true,  false, true, false};
+struct column {
+  const char* heading;
+  bool is_numeric;
+};
 
-void write_row(const table_row& row, const std::array<std::size_t, n_columns>& widths,
-               text_writer& out) {
+std::vector<column> columns_of_table(bool with_hairlines) {
+  std::vector<column> columns = {{"file", false},  {"way", false},    {"polygons", true},
+                                 {"after", true},  {"bytes", true},   {"after", true},
+                                 {"picture", false}};
+  if (with_hairlines) columns.insert(columns.end(), {{"hairlines", true}, {"after", true}});
+  columns.insert(columns.end(), {{"seconds", true}, {"result", false}});
+  return columns;
+}
+
+void write_row(const table_row& row, const std::vector<column>& columns,
+               const std::vector<std::size_t>& widths, text_writer& out) {
   std::string line;
-  for (std::size_t i = 0; i < n_columns; ++i) {
+  for (std::size_t i = 0; i < row.size(); ++i) {
     const std::size_t padding = widths[i] - width_of(row[i]);
     if (i > 0) line += "  ";
-    if (is_numeric[i]) line.append(padding, ' ');
+    if (columns[i].is_numeric) line.append(padding, ' ');
     line += row[i];
-    if (!is_numeric[i]) line.append(padding, ' ');
+    if (!columns[i].is_numeric) line.append(padding, ' ');
   }
   out.put(std::string_view(line).substr(0, line.find_last_not_of(' ') + 1)).put(nl);
 }
 
+/// A row of the table, for a file or for the totals.
+table_row row_of(const file_report& report, std::string first, std::string last,
+                 bool with_hairlines) {
+  table_row row = {std::move(first),
+                   report.way,
+                   count_text(report.polygons_before),
+                   count_text(report.polygons_after),
+                   count_text(report.bytes_before),
+                   count_text(report.bytes_after),
+                   report.picture};
+  if (with_hairlines) {
+    row.push_back(hairlines_text(report.hairlines_before));
+    row.push_back(hairlines_text(report.hairlines_after));
+  }
+  row.push_back(seconds_text(report.seconds));
+  row.push_back(std::move(last));
+  return row;
+}
+
+/// What the written results sum up to.
+file_report total_of(const std::vector<file_report>& reports) {
+  file_report total;
+  total.polygons_before = total.polygons_after = total.bytes_before = total.bytes_after = 0;
+  for (const file_report& report : reports) {
+    total.seconds += report.seconds;
+    if (report.result != verdict::written) continue;
+    *total.polygons_before += report.polygons_before.value_or(0);
+    *total.polygons_after += report.polygons_after.value_or(0);
+    *total.bytes_before += report.bytes_before.value_or(0);
+    *total.bytes_after += report.bytes_after.value_or(0);
+  }
+  return total;
+}
+
+/// For one line of a file that other programs read: nothing in it ends a field or steers a terminal,
+/// and all of it can be had back.
 std::string escaped(std::string_view text) {
   std::string result;
   for (const char c : text) {
-    if (c == '\t') {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\\') {
+      result += "\\\\";
+    } else if (c == '\t') {
       result += "\\t";
     } else if (c == '\n') {
       result += "\\n";
-    } else if (c == '\\') {
-      result += "\\\\";
+    } else if (byte < ' ' || byte == 0x7f) {
+      constexpr std::string_view digits = "0123456789abcdef";
+      result.append("\\x") += digits[byte / 16];
+      result += digits[byte % 16];
     } else {
       result += c;
     }
@@ -94,48 +153,51 @@ std::string in_words(const file_report& report) {
   return printable(words);
 }
 
-void write_table(const std::vector<file_report>& reports, text_writer& out) {
-  std::vector<table_row> rows = {
-      {"file", "way", "polygons", "after", "bytes", "after", "picture", "seconds", "result"}};
-  file_report total;
-  total.polygons_before = total.polygons_after = total.bytes_before = total.bytes_after = 0;
-  std::int64_t n_written = 0;
+void write_table(const std::vector<file_report>& reports, bool with_hairlines, text_writer& out) {
+  const std::vector<column> columns = columns_of_table(with_hairlines);
+  std::vector<table_row> rows(1);
+  for (const column& c : columns) rows.front().emplace_back(c.heading);
   for (const file_report& report : reports) {
-    rows.push_back({printable(report.file), report.way, count_text(report.polygons_before),
-                    count_text(report.polygons_after), count_text(report.bytes_before),
-                    count_text(report.bytes_after), report.picture, seconds_text(report.seconds),
-                    in_words(report)});
-    total.seconds += report.seconds;
-    if (report.result != verdict::written) continue;
-    ++n_written;
-    total.polygons_before += std::max<std::int64_t>(report.polygons_before, 0);
-    total.polygons_after += std::max<std::int64_t>(report.polygons_after, 0);
-    total.bytes_before += report.bytes_before;
-    total.bytes_after += report.bytes_after;
+    rows.push_back(row_of(report, printable(report.file), in_words(report), with_hairlines));
   }
-  rows.push_back({"written: " + std::to_string(n_written) + " of " + std::to_string(reports.size()),
-                  "", count_text(total.polygons_before), count_text(total.polygons_after),
-                  count_text(total.bytes_before), count_text(total.bytes_after), "",
-                  seconds_text(total.seconds), ""});
+  const auto n_written = std::ranges::count(reports, verdict::written, &file_report::result);
+  rows.push_back(row_of(total_of(reports),
+                        "written: " + std::to_string(n_written) + " of " +
+                            std::to_string(reports.size()),
+                        "", with_hairlines));
 
-  std::array<std::size_t, n_columns> widths{};
+  std::vector<std::size_t> widths(columns.size());
   for (const table_row& row : rows) {
-    for (std::size_t i = 0; i < n_columns; ++i) widths[i] = std::max(widths[i], width_of(row[i]));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width_of(row[i]));
   }
-  for (const table_row& row : rows) write_row(row, widths, out);
+  for (const table_row& row : rows) write_row(row, columns, widths, out);
 }
 
 void write_tsv(const std::vector<file_report>& reports, text_writer& out) {
-  out.put(
-         "file\tresult\tway\tpolygons_before\tpolygons_after\tbytes_before\tbytes_after\tpicture\t"
-         "seconds\treason")
+  out.put(report_begin)
+      .put(
+          "way\tpolygons_before\tpolygons_after\tbytes_before\tbytes_after\tpicture\t"
+          "seconds\treason\thairlines_gs_before\thairlines_gs_after\thairlines_cairo_before\t"
+          "hairlines_cairo_after")
       .put(nl);
   for (const file_report& report : reports) {
-    out.put(escaped(report.file.string())).put('\t').put(name_of(report.result)).put('\t');
-    out.put(report.way).put('\t').put(count_text(report.polygons_before)).put('\t');
-    out.put(count_text(report.polygons_after)).put('\t').put(count_text(report.bytes_before));
-    out.put('\t').put(count_text(report.bytes_after)).put('\t').put(report.picture).put('\t');
-    out.put(seconds_text(report.seconds)).put('\t').put(escaped(report.reason)).put(nl);
+    const std::array fields = {escaped(report.file.string()),
+                               std::string(name_of(report.result)),
+                               report.way,
+                               count_text(report.polygons_before),
+                               count_text(report.polygons_after),
+                               count_text(report.bytes_before),
+                               count_text(report.bytes_after),
+                               report.picture,
+                               seconds_text(report.seconds),
+                               escaped(report.reason),
+                               count_text(report.hairlines_before.ghostscript),
+                               count_text(report.hairlines_after.ghostscript),
+                               count_text(report.hairlines_before.cairo),
+                               count_text(report.hairlines_after.cairo)};
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      out.put(fields[i]).put(i + 1 < fields.size() ? '\t' : nl);
+    }
   }
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "batch/file_report.h"
 #include "files.h"
-#include "repair_job.h"
 
 namespace trellion::batch {
 
@@ -15,10 +16,14 @@ std::string printable(std::string text);
 std::string in_words(const file_report& report);
 
 /// Writes the reports as a table for people, with the totals of what was written.
-void write_table(const std::vector<file_report>& reports, text_writer& out);
+void write_table(const std::vector<file_report>& reports, bool with_hairlines, text_writer& out);
+
+/// What a report that write_tsv has written begins with.
+inline constexpr std::string_view report_begin = "file\tresult\t";
 
 /// Writes them as tab-separated values below a line of headings. What is unknown is left empty;
-/// tabs, line feeds and backslashes in texts are written as \t, \n and \\.
+/// tabs, line feeds, backslashes and control characters in texts are written as \t, \n, \\ and
+/// \x with two digits.
 void write_tsv(const std::vector<file_report>& reports, text_writer& out);
 
 }  // namespace trellion::batch

@@ -1,0 +1,160 @@
+#include "batch/drawing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "batch/hairlines.h"
+
+namespace trellion::batch {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double points_per_inch = 72;
+/// More than a page of A4 at 600 dpi has. A drawing takes three bytes of memory for each.
+constexpr std::size_t max_pixels = 40'000'000;
+constexpr double max_coarse_pixels = 4e6;
+/// No drawing is written to disk; fonts and bands may be, in passing.
+constexpr std::uint64_t drawing_file_size = std::uint64_t{256} << 20;
+
+/// The resolution that gives the longer side so many pixels, within limits.
+double fitting(double longer_side, double pixels, double least, double most) {
+  return std::clamp(pixels * points_per_inch / longer_side, least, most);
+}
+
+std::string option(const char* name, double value) {
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%s%.6g", name, value);
+  return text.data();
+}
+
+/// A drawing and its head; less than two pages of any size that matters.
+constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
+
+bool ignore_output(std::string_view) { return true; }
+
+/// PDF may be packed less well, and PostScript spells images out.
+std::uint64_t file_limit_of(const fs::path& source) {
+  return (std::uint64_t{64} << 20) + 16 * static_cast<std::uint64_t>(fs::file_size(source));
+}
+
+}  // namespace
+
+resolutions resolutions_for(const page_frame& frame) {
+  const double width = static_cast<double>(frame.width);
+  const double height = static_cast<double>(frame.height);
+  const double longer = std::max(width, height);
+  const double square_inches = width * height / (points_per_inch * points_per_inch);
+  // The same for all figures of ordinary size; a small one is looked at more closely.
+  double coarse = fitting(longer, 400, 144, 600);
+  double fine = fitting(longer, 2000, 600, 2400);
+  coarse = std::min(coarse, std::sqrt(max_coarse_pixels / square_inches));
+  fine = std::min(fine, std::sqrt(static_cast<double>(max_pixels) / square_inches));
+  constexpr double least = 36;
+  if (fine < least) throw dead_end{verdict::withheld, "the page is too large to be compared"};
+  return {coarse, fine};
+}
+
+pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, double dpi,
+                              antialiasing smooth) const {
+  const std::string bits = smooth == antialiasing::on ? "4" : "1";
+  std::vector<std::string> command = ghostscript(frame);
+  command.insert(command.end(), {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
+                                 "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000",
+                                 "-sOutputFile=-", eps});
+  return read_ppm(output_of(command), max_pixels);
+}
+
+pixmap drawing_programs::draw_pdf(const fs::path& pdf, double dpi, antialiasing smooth) const {
+  return read_png(output_of({*tools_.pdftocairo, "-png", "-singlefile", "-r", option("", dpi),
+                             "-antialias", smooth == antialiasing::on ? "default" : "none", pdf,
+                             "-"}),
+                  max_pixels);
+}
+
+void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
+                              const std::vector<std::string>& more_options) const {
+  std::vector<std::string> command = ghostscript(frame);
+  command.insert(command.end(),
+                 {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None", "-dDownsampleColorImages=false",
+                  "-dDownsampleGrayImages=false", "-dDownsampleMonoImages=false",
+                  "-dAutoFilterColorImages=false", "-dAutoFilterGrayImages=false",
+                  "-dColorImageFilter=/FlateEncode", "-dGrayImageFilter=/FlateEncode",
+                  "-sOutputFile=" + pdf.string()});
+  command.insert(command.end(), more_options.begin(), more_options.end());
+  command.push_back(eps);
+  run(command, file_limit_of(eps), ignore_output);
+}
+
+void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
+  run({*tools_.pdftops, "-eps", pdf, eps}, file_limit_of(pdf), ignore_output);
+}
+
+std::string drawing_programs::box_comments_of(const fs::path& eps) const {
+  return run({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
+              "-sstdout=/dev/null", eps},
+             drawing_file_size, ignore_output)
+      .messages;
+}
+
+/// How Ghostscript is called: nothing outside is read or written, and the page is just the frame.
+std::vector<std::string> drawing_programs::ghostscript(const page_frame& frame) const {
+  return {*tools_.gs,
+          "-q",
+          "-dSAFER",
+          "-dBATCH",
+          "-dNOPAUSE",
+          "-sstdout=%stderr",
+          "-dFIXEDMEDIA",
+          "-dDEVICEWIDTHPOINTS=" + std::to_string(frame.width),
+          "-dDEVICEHEIGHTPOINTS=" + std::to_string(frame.height)};
+}
+
+std::string drawing_programs::output_of(const std::vector<std::string>& command) const {
+  std::string bytes;
+  run(command, drawing_file_size, [&bytes](std::string_view more) {
+    if (bytes.size() + more.size() > max_drawing) return false;
+    bytes += more;
+    return true;
+  });
+  return bytes;
+}
+
+child_result drawing_programs::run(const std::vector<std::string>& command,
+                                   std::uint64_t file_size, const output_taker& take) const {
+  child_limits limits = limits_;
+  limits.file_size = file_size;
+  const child_result result = runner_.run(command, directory_, take, limits);
+  switch (result.how) {
+    case child_result::ending::interrupted: throw dead_end{verdict::interrupted, {}};
+    case child_result::ending::stopped:
+      throw dead_end{verdict::withheld, "it draws more than one page"};
+    default: break;
+  }
+  if (result.succeeded()) return result;
+  const std::string name = fs::path(command.front()).filename();
+  const std::string reason = result.reason();
+  throw dead_end{verdict::failed, reason.starts_with(name) ? reason : name + ": " + reason};
+}
+
+const pixmap& appearance::drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth) {
+  if (!drawing) drawing = programs_.draw(eps_, frame_, dpi, smooth);
+  return *drawing;
+}
+
+const hairline_counts& appearance::hairlines() {
+  if (hairlines_) return *hairlines_;
+  hairline_counts counts{hairline_pixels(smooth(), coarse()), std::nullopt};
+  if (programs_.can_draw_pdf()) {
+    if (!pdf_) {
+      programs_.to_pdf(eps_, frame_, pdf_.emplace(fs::path(eps_).replace_extension(".pdf")));
+    }
+    counts.cairo = hairline_pixels(programs_.draw_pdf(*pdf_, dpi_.coarse, antialiasing::on),
+                                   programs_.draw_pdf(*pdf_, dpi_.coarse, antialiasing::off));
+  }
+  return hairlines_.emplace(counts);
+}
+
+}  // namespace trellion::batch

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "batch/eps_page.h"
+#include "batch/file_report.h"
+#include "batch/options.h"
+#include "batch/pixmap.h"
+#include "batch/process.h"
+
+namespace trellion::batch {
+
+enum class antialiasing { off, on };
+
+/// Dots per inch to draw a page at.
+struct resolutions {
+  double coarse;  ///< about that of a screen
+  double fine;    ///< about that of print: it shows slivers
+};
+
+/// What suits a page: small figures are drawn finer, large ones no larger than memory and patience
+/// allow. Throws dead_end for a page that is too large to be looked at.
+resolutions resolutions_for(const page_frame& frame);
+
+/// Runs the programs that draw and convert figures. All throw dead_end, which names the program and
+/// says why it failed, and run_error.
+class drawing_programs {
+ public:
+  /// The first two must outlive it. `directory` is where the programs work.
+  drawing_programs(const programs& tools, const process_runner& runner,
+                   const child_limits& limits, std::filesystem::path directory)
+      : tools_(tools), runner_(runner), limits_(limits), directory_(std::move(directory)) {}
+
+  /// Draws the one page of an EPS file, which begins with the head for its frame (see eps_page.h).
+  [[nodiscard]] pixmap draw(const std::filesystem::path& eps, const page_frame& frame, double dpi,
+                            antialiasing smooth) const;
+  /// Draws the page of a PDF file with poppler's cairo, which must be there.
+  [[nodiscard]] pixmap draw_pdf(const std::filesystem::path& pdf, double dpi,
+                                antialiasing smooth) const;
+  [[nodiscard]] bool can_draw_pdf() const { return tools_.pdftocairo.has_value(); }
+
+  /// Converts such a file to PDF, with more options for Ghostscript. Nothing is moved, turned or
+  /// lost but what PDF cannot hold.
+  void to_pdf(const std::filesystem::path& eps, const page_frame& frame,
+              const std::filesystem::path& pdf,
+              const std::vector<std::string>& more_options = {}) const;
+  /// Converts a PDF file to EPS.
+  void to_eps(const std::filesystem::path& pdf, const std::filesystem::path& eps) const;
+  /// The box comments that fit what an EPS file without any draws.
+  [[nodiscard]] std::string box_comments_of(const std::filesystem::path& eps) const;
+
+ private:
+  [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
+  [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
+  child_result run(const std::vector<std::string>& command, std::uint64_t file_size,
+           const output_taker& take) const;
+
+  const programs& tools_;
+  const process_runner& runner_;
+  child_limits limits_;
+  std::filesystem::path directory_;
+};
+
+/// How an EPS file looks: its drawings, each made when it is first asked for.
+class appearance {
+ public:
+  /// `eps` begins with the head for its frame. Its PDF, when there is one already, saves making one.
+  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame,
+             std::optional<std::filesystem::path> pdf = std::nullopt)
+      : programs_(programs),
+        eps_(std::move(eps)),
+        frame_(frame),
+        dpi_(resolutions_for(frame)),
+        pdf_(std::move(pdf)) {}
+
+  const pixmap& coarse() { return drawn(coarse_, dpi_.coarse, antialiasing::off); }
+  const pixmap& smooth() { return drawn(smooth_, dpi_.coarse, antialiasing::on); }
+  /// Not kept: it is large.
+  [[nodiscard]] pixmap fine() const {
+    return programs_.draw(eps_, frame_, dpi_.fine, antialiasing::off);
+  }
+  /// The hairlines as Ghostscript and, if it is there, poppler's cairo draw them.
+  const hairline_counts& hairlines();
+
+ private:
+  const pixmap& drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth);
+
+  const drawing_programs& programs_;
+  std::filesystem::path eps_;
+  page_frame frame_;
+  resolutions dpi_;
+  std::optional<std::filesystem::path> pdf_;
+  std::optional<pixmap> coarse_;
+  std::optional<pixmap> smooth_;
+  std::optional<hairline_counts> hairlines_;
+};
+
+}  // namespace trellion::batch

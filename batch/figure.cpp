@@ -1,0 +1,76 @@
+#include "batch/figure.h"
+
+#include <string_view>
+
+#include "batch/detour.h"
+#include "batch/prolog.h"
+#include "files.h"
+
+namespace trellion::batch {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// No figure is worth more memory than that, in each of the jobs.
+constexpr std::uint64_t largest_text = std::uint64_t{2} << 30;
+
+/// The bytes of a file. Throws run_error, also when there are more than `most`.
+std::string read_whole(const fs::path& path, std::uint64_t most = SIZE_MAX) {
+  input_file file(path);
+  std::string text;
+  std::size_t size = 0;
+  text.resize(file.expected_size() + 1);
+  while (const std::size_t count = file.read(text.data() + size, text.size() - size)) {
+    size += count;
+    if (size > most) throw run_error("'" + path.string() + "' is too large");
+    if (size == text.size()) text.resize(2 * size);
+  }
+  text.resize(size);
+  return text;
+}
+
+void write_whole(const fs::path& path, std::string_view head, std::string_view text) {
+  output_file file(path, output_file::mode::replace);
+  file.write(head);
+  file.write(text);
+  file.close();
+}
+
+std::string converted_to_eps(const fs::path& pdf, const drawing_programs& programs) {
+  const fs::path eps = fs::path(pdf).replace_extension(".eps");
+  programs.to_eps(pdf, eps);
+  std::string text = read_whole(eps, largest_text);
+  fs::remove(eps);
+  if (!is_whole(text)) throw dead_end{verdict::failed, "pdftops: what it wrote is not whole"};
+  return text;
+}
+
+}  // namespace
+
+figure look_at(const fs::path& file) {
+  const fs::file_status status = fs::status(file);
+  if (!fs::exists(status)) throw run_error("there is no such file");
+  if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
+  const std::string text = read_whole(file);
+  return {fs::absolute(file), text.size(), status.permissions(), kind_of(text),
+          read_page(postscript(text))};
+}
+
+void write_framed(const fs::path& source, const page_frame& frame, const fs::path& framed) {
+  const std::string text = read_whole(source);
+  write_whole(framed, framing_head(frame), postscript(text));
+}
+
+void take_detour(const figure& original, const fs::path& framed, const page_frame& frame,
+                 const drawing_programs& programs, const fs::path& pdf, const fs::path& eps) {
+  programs.to_pdf(framed, frame, pdf);
+  std::string text = converted_to_eps(pdf, programs);
+  if (has_calibrated_colours_only(text)) {
+    programs.to_pdf(framed, frame, pdf, {"-sColorConversionStrategy=RGB"});
+    text = converted_to_eps(pdf, programs);
+  }
+  text = with_page_of(text, original.page);
+  write_whole(eps, "", without_unused_definitions(text));
+}
+
+}  // namespace trellion::batch

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "batch/drawing.h"
+#include "batch/eps_page.h"
+
+namespace trellion::batch {
+
+/// A figure to repair.
+struct figure {
+  std::filesystem::path file;
+  std::uint64_t n_bytes = 0;
+  std::filesystem::perms permissions{};
+  file_kind kind{};
+  eps_page page;
+};
+
+/// Looks at a file. Throws run_error when it is no regular file that can be read.
+figure look_at(const std::filesystem::path& file);
+
+/// Writes the PostScript of a file, after the head that makes its page the frame, to another. Throws
+/// run_error.
+void write_framed(const std::filesystem::path& source, const page_frame& frame,
+                  const std::filesystem::path& framed);
+
+/// The figure by way of PDF, with the same page, written to `eps`: it draws the same with other
+/// operators. `framed` is what write_framed has made of it; the PDF on the way is left in `pdf`.
+/// Throws dead_end when it cannot be done or what came of it is not whole, and run_error.
+void take_detour(const figure& original, const std::filesystem::path& framed,
+                 const page_frame& frame, const drawing_programs& programs,
+                 const std::filesystem::path& pdf, const std::filesystem::path& eps);
+
+}  // namespace trellion::batch

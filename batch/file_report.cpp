@@ -1,0 +1,36 @@
+#include "batch/file_report.h"
+
+namespace trellion::batch {
+namespace {
+
+int gravity(verdict result) {
+  switch (result) {
+    case verdict::written: return 0;
+    case verdict::exists: return 1;
+    case verdict::nothing_to_join: return 2;
+    case verdict::not_kept: return 3;
+    case verdict::withheld: return 4;
+    case verdict::failed: return 5;
+    case verdict::interrupted: return 6;
+  }
+  return 7;
+}
+
+}  // namespace
+
+bool is_good(verdict result) {
+  switch (result) {
+    case verdict::written:
+    case verdict::exists:
+    case verdict::nothing_to_join:
+    case verdict::not_kept: return true;
+    case verdict::withheld:
+    case verdict::failed:
+    case verdict::interrupted: break;
+  }
+  return false;
+}
+
+bool is_graver(verdict a, verdict b) { return gravity(a) > gravity(b); }
+
+}  // namespace trellion::batch

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "batch/drawing.h"
+#include "batch/file_report.h"
+
+namespace trellion::batch {
+
+/// What the way to a result allows to differ.
+struct judging_rule {
+  int tolerance = 0;         ///< levels of 255 by which colours may differ
+  bool mesh_closed = false;  ///< outlines are stroked, so that pixels between polygons differ
+};
+
+/// Whether a result shows what the input shows, in the words of the table ("same", or how many
+/// pixels differ). Throws dead_end where it does not, or that cannot be known.
+///
+/// 1. A pixel is wrong when its colour occurs nowhere within one pixel of it in the other picture.
+///    Renderers may decide otherwise about a pixel at the rim of an area whose outline has fewer
+///    points now; but a line that vanishes, however thin, is wrong, and so is another colour.
+/// 2. That holds at the resolution of a screen and at that of print, where slivers show.
+/// 3. Drawn anti-aliased, hairlines may vanish, but none may appear, nor grow in number.
+std::string judge(appearance& input, appearance& result, const judging_rule& rule);
+
+}  // namespace trellion::batch

@@ -1,0 +1,149 @@
+#include "batch/worker.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "postscript_path_queue.h"
+
+namespace trellion::batch {
+namespace {
+
+/// What the console would get is for people; the summary has what we want to know.
+class no_console : public byte_sink {
+ public:
+  void write(std::string_view) override {}
+};
+
+constexpr std::array counts = {
+    std::pair("groups", &repair_summary::groups),
+    std::pair("polygons_read", &repair_summary::polygons_read),
+    std::pair("without_area", &repair_summary::without_area),
+    std::pair("mergers", &repair_summary::mergers),
+    std::pair("polygons_left", &repair_summary::polygons_left),
+};
+
+constexpr std::array reasons = {
+    std::pair("no_operators", end_reason::no_operators),
+    std::pair("no_safe_name", end_reason::no_safe_name),
+    std::pair("collapsed_path", end_reason::collapsed_path),
+};
+
+template <class Number>
+bool read_number(std::string_view text, Number& value) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc{} && end == text.data() + text.size();
+}
+
+/// Takes "NAME VALUE\n" off the text and returns the value; nothing when it does not begin so.
+std::optional<std::string_view> take_value(std::string_view& text, std::string_view name) {
+  const std::size_t end = text.find('\n');
+  std::string_view line = text.substr(0, end);
+  if (end == std::string_view::npos || !line.starts_with(name)) return std::nullopt;
+  line.remove_prefix(name.size());
+  if (!line.starts_with(' ')) return std::nullopt;
+  text.remove_prefix(end + 1);
+  return line.substr(1);
+}
+
+}  // namespace
+
+std::vector<std::string> worker_arguments(const repair_request& request) {
+  return {std::string(worker_argument),
+          request.source.string(),
+          request.result.string(),
+          std::to_string(request.merge_limit),
+          std::to_string(request.min_separators),
+          request.remove_mesh ? "1" : "0"};
+}
+
+std::optional<repair_request> read_worker_arguments(std::span<const char* const> arguments) {
+  if (arguments.size() != 6 || arguments[0] != worker_argument) return std::nullopt;
+  repair_request request{arguments[1], arguments[2]};
+  int remove_mesh = 0;
+  if (!read_number(arguments[3], request.merge_limit) ||
+      !read_number(arguments[4], request.min_separators) ||
+      !read_number(arguments[5], remove_mesh)) {
+    return std::nullopt;
+  }
+  request.remove_mesh = remove_mesh != 0;
+  return request;
+}
+
+void write_outcome(const repair_outcome& outcome, text_writer& out) {
+  if (const auto* ended = std::get_if<early_end>(&outcome)) {
+    for (const auto& [name, reason] : reasons) {
+      if (reason == ended->reason) out.put("ended ").put(name).put('\n');
+    }
+    return;
+  }
+  const auto& summary = std::get<repair_summary>(outcome);
+  for (const auto& [name, count] : counts) {
+    out.put(name).put(' ').put(std::to_string(summary.*count)).put('\n');
+  }
+  out.put("area_lost ").put(summary.area_lost ? "1" : "0").put('\n');
+}
+
+std::optional<repair_outcome> read_outcome(std::string_view text) {
+  if (const auto name = take_value(text, "ended")) {
+    const auto* const found =
+        std::ranges::find(reasons, *name, [](const auto& entry) { return entry.first; });
+    if (found == reasons.end() || !text.empty()) return std::nullopt;
+    return early_end{found->second};
+  }
+  repair_summary summary;
+  for (const auto& [name, count] : counts) {
+    const auto value = take_value(text, name);
+    if (!value || !read_number(*value, summary.*count)) return std::nullopt;
+  }
+  const auto lost = take_value(text, "area_lost");
+  if (!lost || !text.empty()) return std::nullopt;
+  summary.area_lost = *lost != "0";
+  return summary;
+}
+
+repair_outcome work(const repair_request& request) {
+  run_settings settings;
+  settings.merge_limit = request.merge_limit;
+  settings.min_separators = request.min_separators;
+  settings.remove_mesh = request.remove_mesh;
+  settings.careful = true;
+  no_console nobody;
+  text_writer console(nobody);
+  input_file input(request.source);
+  output_file result(request.result, input);
+  text_writer repaired(result);
+  try {
+    const repair_summary summary =
+        trellion::repair(settings, input, input.expected_size(), console, repaired);
+    repaired.flush();
+    result.close();
+    return summary;
+  } catch (const early_end& end) {
+    return end;
+  }
+}
+
+int run_worker(std::span<const char* const> arguments) {
+  try {
+    const std::optional<repair_request> request = read_worker_arguments(arguments);
+    if (!request) throw run_error("the worker does not understand its arguments");
+    const repair_outcome outcome = work(*request);
+    console_output standard_output;
+    text_writer out(standard_output);
+    write_outcome(outcome, out);
+    out.flush();
+    return 0;
+  } catch (const std::bad_alloc&) {
+    std::fputs("not enough memory\n", stderr);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+  }
+  return 1;
+}
+
+}  // namespace trellion::batch
