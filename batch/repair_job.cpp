@@ -223,11 +223,11 @@ void repair_job::check_gain(const trellion_console& console, std::int64_t bytes_
 
 /// Holds the result's picture against the input's; returns what to say of them when they count as
 /// the same. Along the outlines of joined polygons the renderer may decide otherwise about single
-/// pixels; with the mesh closed it fills those between them, so that their number says nothing. A
-/// pixel amid others that differ belongs to an area of another colour.
+/// pixels; with the mesh closed it fills those between them, so that their number says nothing.
 std::string repair_job::compare(const std::string& result, bool detoured) {
   // On the detour colours are rounded, which moves them by up to three levels of 255.
   const int tolerance = detoured ? 4 : 0;
+  constexpr std::size_t max_pixels = 100'000'000;
   if (!picture_failure_) picture_failure_ = render("input");
   if (!picture_failure_->empty()) {
     throw dead_end{verdict::withheld, "the input does not render: " + *picture_failure_};
@@ -236,12 +236,12 @@ std::string repair_job::compare(const std::string& result, bool detoured) {
   if (!failure.empty()) throw dead_end{verdict::withheld, "the result does not render: " + failure};
 
   const std::optional<picture_difference> difference =
-      compare_pictures(directory_ / "input.ppm", directory_ / (result + ".ppm"), tolerance);
-  if (difference && difference->pixels == 0) throw dead_end{verdict::withheld, "there is no page"};
+      batch::compare(read_ppm(read_file("input.ppm"), max_pixels),
+                     read_ppm(read_file(result + ".ppm"), max_pixels), tolerance);
   if (!difference) throw dead_end{verdict::withheld, "the picture has another size"};
   const std::string share = percent(difference->differing, difference->pixels);
   const bool too_many = !options_.remove_mesh && difference->differing * 1000 > difference->pixels;
-  if (difference->surrounded > 0 || too_many) {
+  if (difference->wrong > 0 || too_many) {
     throw dead_end{verdict::withheld, "the picture changed: " + share + " of the pixels differ"};
   }
   return difference->differing == 0 ? "same" : "same but " + share;
