@@ -33,19 +33,27 @@ class value_range {
   }
   /// For every part of a row how far it lies outside, its neighbours' range included.
   void measure(const std::uint8_t* row, std::vector<std::uint8_t>& distance) const {
-    for (std::size_t i = 0; i < n_bytes_; ++i) {
-      const std::uint8_t low = std::min({low_[i], low_[i + 3], low_[i + 6]});
-      const std::uint8_t high = std::max({high_[i], high_[i + 3], high_[i + 6]});
-      distance[i] =
-          static_cast<std::uint8_t>(std::max(row[i], high) - high + (low - std::min(row[i], low)));
+    // Copies of the members, which a byte written could be part of for all the compiler knows.
+    const std::size_t n_bytes = n_bytes_;
+    const std::uint8_t* const low = low_.data();
+    const std::uint8_t* const high = high_.data();
+    std::uint8_t* const result = distance.data();
+    for (std::size_t i = 0; i < n_bytes; ++i) {
+      const std::uint8_t least = std::min(std::min(low[i], low[i + 3]), low[i + 6]);
+      const std::uint8_t greatest = std::max(std::max(high[i], high[i + 3]), high[i + 6]);
+      result[i] = static_cast<std::uint8_t>(std::max(row[i], greatest) - greatest + least -
+                                            std::min(row[i], least));
     }
   }
 
  private:
   void take_in(const std::uint8_t* row) {
-    for (std::size_t i = 0; i < n_bytes_; ++i) {
-      low_[i + 3] = std::min(low_[i + 3], row[i]);
-      high_[i + 3] = std::max(high_[i + 3], row[i]);
+    const std::size_t n_bytes = n_bytes_;
+    std::uint8_t* const low = low_.data() + 3;
+    std::uint8_t* const high = high_.data() + 3;
+    for (std::size_t i = 0; i < n_bytes; ++i) {
+      low[i] = std::min(low[i], row[i]);
+      high[i] = std::max(high[i], row[i]);
     }
   }
 

@@ -83,7 +83,7 @@ TEST(picture, is_read_from_a_pixmap) {
        {std::string(), std::string("P6"), std::string("P6 3 2 255"), file + '.',
         file.substr(0, file.size() - 1), "P5 3 2 255\n" + pixels, "P6 3 2 254\n" + pixels,
         "P6 0 2 255\n" + pixels, "P6 -3 -2 255\n" + pixels, "P6 3 2x 255\n" + pixels,
-        "P6 00000000003 2 255\n" + pixels, "P6 " + long_comment + "3 2 255\n" + pixels,
+        "P6 00000000003 2 255\n" + pixels, "P6 " + long_comment + file.substr(3),
         "P6 1048577 1 255\n" + pixels, "P6 1048576 1048576 255\n" + pixels}) {
     try {
       read_ppm(refused, std::size_t{1} << 20);
