@@ -2,121 +2,84 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <istream>
-#include <limits>
-#include <string>
-#include <vector>
-
-#include "files.h"
+#include <cstring>
 
 namespace trellion::batch {
 namespace {
 
-struct page_size {
-  std::int64_t width;
-  std::int64_t height;
+bool is_blank(const pixmap& picture) {
+  const std::size_t size = picture.rgb.size();
+  return size <= 3 || std::memcmp(picture.rgb.data(), picture.rgb.data() + 3, size - 3) == 0;
+}
 
-  bool operator==(const page_size&) const = default;
-};
-
-class pixmap_reader {
+class comparison {
  public:
-  explicit pixmap_reader(const std::filesystem::path& path)
-      : name_(path.filename()), file_(path, std::ios::binary) {
-    if (!file_) throw run_error("cannot open '" + name_ + "'");
-  }
+  comparison(const pixmap& a, const pixmap& b, int tolerance)
+      : a_(a), b_(b), tolerance_(tolerance) {}
 
-  /// Reads the head of the next page; nothing at the end of the file.
-  std::optional<page_size> next_page() {
-    if (file_.peek() == std::istream::traits_type::eof()) return std::nullopt;
-    std::string magic;
-    file_ >> magic;
-    const page_size size{number(), number()};
-    const std::int64_t maximum = number();
-    file_.get();
-    constexpr std::int64_t max_extent = 1'000'000;
-    const bool sound = file_ && magic == "P6" && maximum == 255 && size.width > 0 &&
-                       size.width <= max_extent && size.height > 0 && size.height <= max_extent;
-    if (!sound) fail();
-    return size;
-  }
-
-  /// Reads a row into the buffer, which has its length.
-  void read_row(std::vector<char>& row) {
-    if (!file_.read(row.data(), static_cast<std::streamsize>(row.size()))) fail();
+  picture_difference run() {
+    sum_.pixels = static_cast<std::int64_t>(a_.width * a_.height);
+    sum_.blank = is_blank(a_) || is_blank(b_);
+    for (std::size_t y = 0; y < a_.height; ++y) compare_rows(y);
+    return sum_;
   }
 
  private:
-  /// The next number of the head, comments left out.
-  std::int64_t number() {
-    while ((file_ >> std::ws).peek() == '#') {
-      file_.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  /// Most of two pictures is the same: stretches of pixels that are need no closer look.
+  void compare_rows(std::size_t y) {
+    const std::uint8_t* const row_of_a = a_.row(y);
+    const std::uint8_t* const row_of_b = b_.row(y);
+    if (std::memcmp(row_of_a, row_of_b, 3 * a_.width) == 0) return;
+    constexpr std::size_t stretch = 32;
+    for (std::size_t begin = 0; begin < a_.width; begin += stretch) {
+      const std::size_t end = std::min(begin + stretch, a_.width);
+      const std::size_t n_bytes = 3 * (end - begin);
+      if (std::memcmp(row_of_a + 3 * begin, row_of_b + 3 * begin, n_bytes) == 0) continue;
+      for (std::size_t x = begin; x < end; ++x) {
+        if (differ(row_of_a + 3 * x, row_of_b + 3 * x)) look_closely(x, y);
+      }
     }
-    std::int64_t value = 0;
-    file_ >> value;
-    return value;
   }
-  [[noreturn]] void fail() const { throw run_error("'" + name_ + "' is no whole picture"); }
 
-  std::string name_;
-  std::ifstream file_;
+  void look_closely(std::size_t x, std::size_t y) {
+    ++sum_.differing;
+    const int n_wrong = (occurs_near(a_.row(y) + 3 * x, b_, x, y) ? 0 : 1) +
+                        (occurs_near(b_.row(y) + 3 * x, a_, x, y) ? 0 : 1);
+    if (n_wrong == 0) return;
+    pixel_box& box = sum_.wrong_within;
+    if (sum_.wrong == 0) box = {x, y, x + 1, y + 1};
+    box = {std::min(box.left, x), box.top, std::max(box.right, x + 1), y + 1};
+    sum_.wrong += n_wrong;
+  }
+
+  [[nodiscard]] bool occurs_near(const std::uint8_t* colour, const pixmap& picture, std::size_t x,
+                                 std::size_t y) const {
+    const std::size_t right = std::min(x + 1, picture.width - 1);
+    const std::size_t bottom = std::min(y + 1, picture.height - 1);
+    for (std::size_t i = y - std::min<std::size_t>(y, 1); i <= bottom; ++i) {
+      for (std::size_t j = x - std::min<std::size_t>(x, 1); j <= right; ++j) {
+        if (!differ(colour, picture.row(i) + 3 * j)) return true;
+      }
+    }
+    return false;
+  }
+
+  [[nodiscard]] bool differ(const std::uint8_t* p, const std::uint8_t* q) const {
+    return std::abs(p[0] - q[0]) > tolerance_ || std::abs(p[1] - q[1]) > tolerance_ ||
+           std::abs(p[2] - q[2]) > tolerance_;
+  }
+
+  const pixmap& a_;
+  const pixmap& b_;
+  int tolerance_;
+  picture_difference sum_;
 };
-
-/// For every pixel of a row whether it differs.
-using row_marks = std::vector<bool>;
-
-row_marks mark_differences(const std::vector<char>& a, const std::vector<char>& b, int tolerance) {
-  row_marks marks(a.size() / 3);
-  if (a == b) return marks;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    const int distance = static_cast<unsigned char>(a[i]) - static_cast<unsigned char>(b[i]);
-    if (std::abs(distance) > tolerance) marks[i / 3] = true;
-  }
-  return marks;
-}
-
-std::int64_t count_surrounded(const row_marks& above, const row_marks& row,
-                              const row_marks& below) {
-  std::int64_t count = 0;
-  for (std::size_t x = 1; x + 1 < row.size(); ++x) {
-    count += row[x] && row[x - 1] && row[x + 1] && above[x] && below[x] ? 1 : 0;
-  }
-  return count;
-}
-
-void compare_pages(pixmap_reader& a, pixmap_reader& b, const page_size& size, int tolerance,
-                   picture_difference& sum) {
-  const auto width = static_cast<std::size_t>(size.width);
-  std::vector<char> row_of_a(3 * width);
-  std::vector<char> row_of_b(3 * width);
-  row_marks above(width);
-  row_marks row(width);
-  for (std::int64_t y = 0; y < size.height; ++y) {
-    a.read_row(row_of_a);
-    b.read_row(row_of_b);
-    row_marks below = mark_differences(row_of_a, row_of_b, tolerance);
-    sum.differing += std::count(below.begin(), below.end(), true);
-    sum.surrounded += count_surrounded(above, row, below);
-    above.swap(row);
-    row.swap(below);
-  }
-  sum.pixels += size.width * size.height;
-}
 
 }  // namespace
 
-std::optional<picture_difference> compare_pictures(const std::filesystem::path& a,
-                                                   const std::filesystem::path& b, int tolerance) {
-  pixmap_reader pages_of_a(a);
-  pixmap_reader pages_of_b(b);
-  picture_difference sum;
-  while (true) {
-    const std::optional<page_size> size = pages_of_a.next_page();
-    if (pages_of_b.next_page() != size) return std::nullopt;
-    if (!size) return sum;
-    compare_pages(pages_of_a, pages_of_b, *size, tolerance, sum);
-  }
+std::optional<picture_difference> compare(const pixmap& a, const pixmap& b, int tolerance) {
+  if (a.width != b.width || a.height != b.height) return std::nullopt;
+  return comparison(a, b, tolerance).run();
 }
 
 }  // namespace trellion::batch

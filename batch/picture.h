@@ -1,23 +1,35 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
+
+#include "pixmap.h"
 
 namespace trellion::batch {
 
-/// Where two pictures differ.
-struct picture_difference {
-  std::int64_t pixels = 0;      ///< of one picture
-  std::int64_t differing = 0;   ///< those whose colours differ
-  std::int64_t surrounded = 0;  ///< those of them whose four neighbours all differ, too
+/// A part of a picture, without its last column and row; empty when they are the first.
+struct pixel_box {
+  std::size_t left = 0;
+  std::size_t top = 0;
+  std::size_t right = 0;
+  std::size_t bottom = 0;
+
+  bool operator==(const pixel_box&) const = default;
 };
 
-/// Compares two raw portable pixmaps (of one page or more each), a few rows at a time. Colours
-/// differ when one of their three parts, from 0 to 255, does by more than the tolerance. Returns
-/// nothing when the pictures differ in their sizes or numbers. Throws run_error when a file cannot
-/// be read or holds something else.
-std::optional<picture_difference> compare_pictures(const std::filesystem::path& a,
-                                                   const std::filesystem::path& b, int tolerance);
+/// Where two pictures differ.
+struct picture_difference {
+  std::int64_t pixels = 0;     ///< of one picture
+  std::int64_t differing = 0;  ///< those whose colours differ
+  std::int64_t wrong = 0;      ///< those of either one whose colour the other has nowhere near
+  pixel_box wrong_within;      ///< around the wrong ones
+  bool blank = false;          ///< one of the pictures has a single colour: it shows nothing
+};
+
+/// Compares two pictures. Colours differ when one of their three parts does by more than the
+/// tolerance. A pixel is wrong when its colour differs from those of the same pixel and its eight
+/// neighbours in the other picture: a line that moved by a pixel is not, one that vanished is.
+/// Returns nothing when the pictures differ in their sizes.
+std::optional<picture_difference> compare(const pixmap& a, const pixmap& b, int tolerance);
 
 }  // namespace trellion::batch

@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "batch/detour.h"
-#include "batch/picture.h"
 #include "support.h"
 
 namespace trellion::testing {
@@ -191,33 +190,6 @@ TEST_F(batches, interrupted_leaves_old_or_complete_results) {
     }
     expect_no_debris();
   }
-}
-
-TEST(pictures, are_compared_pixel_by_pixel) {
-  const scratch_directory directory;
-  constexpr std::size_t width = 5;
-  std::string pixels(width * 4 * 3, 'a');
-  const auto write = [&](const std::string& name) {
-    directory.write(name, "P6\n# drawn by hand\n5 4\n255\n" + pixels);
-  };
-  const auto difference = [&](int tolerance) {
-    write("b");
-    return *batch::compare_pictures(directory.path() / "a", directory.path() / "b", tolerance);
-  };
-  write("a");
-  EXPECT_EQ(difference(0).pixels, 20);
-  EXPECT_EQ(difference(0).differing, 0);
-  // A cross around (2, 1), by two levels in one colour.
-  for (const std::size_t at : {2U, 6U, 7U, 8U, 12U}) pixels[3 * at + 1] = 'c';
-  EXPECT_EQ(difference(1).differing, 5);
-  EXPECT_EQ(difference(1).surrounded, 1);
-  EXPECT_EQ(difference(2).differing, 0);
-
-  directory.write("b", "P6 4 5 255\n" + pixels);
-  EXPECT_FALSE(batch::compare_pictures(directory.path() / "a", directory.path() / "b", 0));
-  directory.write("b", "P6 5 4 255\n" + pixels.substr(1));
-  EXPECT_THROW(batch::compare_pictures(directory.path() / "a", directory.path() / "b", 0),
-               run_error);
 }
 
 TEST(detour, drops_what_no_one_names) {
