@@ -17,6 +17,7 @@
 #include "inputs.h"
 #include "picture.h"
 #include "private_directory.h"
+#include "prolog.h"
 #include "trellion_console.h"
 
 namespace trellion::batch {
