@@ -1,143 +1,84 @@
 #include "detour.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <utility>
-#include <vector>
+#include <cstddef>
+#include <optional>
+
+#include "files.h"
 
 namespace trellion::batch {
 namespace {
 
-constexpr std::string_view prolog_begin = "\n%%BeginProlog";
-constexpr std::string_view prolog_end = "\n%%EndProlog";
-// What can stand before or behind a name in PostScript.
-constexpr std::string_view delimiters = " \t\r\n\f()<>[]{}/%";
+// Lines of pdftops, with the line end before them.
+constexpr std::string_view end_of_comments = "\n%%EndComments\n";
+constexpr std::string_view end_of_prolog = "\n%%EndProlog\n";
+constexpr std::string_view begin_of_page = "\npdfStartPage\n%%EndPageSetup\n";
 
-/// Calls f with every word.
-template <class F>
-void for_each_word(std::string_view text, F f) {
-  while (true) {
-    const std::size_t begin = text.find_first_not_of(delimiters);
-    if (begin == std::string_view::npos) return;
-    text.remove_prefix(begin);
-    const std::string_view word = text.substr(0, text.find_first_of(delimiters));
-    f(word);
-    text.remove_prefix(word.size());
-  }
+/// What draws the page; empty where that is not to be found.
+std::string_view page_content(std::string_view eps) {
+  const std::size_t prolog = std::min(eps.find(end_of_prolog), eps.size());
+  const std::size_t page = eps.find(begin_of_page, prolog);
+  return page == std::string_view::npos ? std::string_view()
+                                        : eps.substr(page + begin_of_page.size());
 }
 
-/// A stretch of whole lines of a prolog.
-struct piece {
-  std::string_view text;
-  bool is_definition = false;
-  bool is_needed = true;
-};
-
-/// Calls f with the names that a definition defines: its first, or, when it chooses between several
-/// definitions, all that it mentions.
-template <class F>
-void for_each_defined_name(std::string_view definition, F f) {
-  const bool is_choice = definition.find(" where {\n") < definition.find('\n');
-  for (std::size_t at = 0; at < definition.size();
-       at = is_choice ? definition.find('/', at + 1) : definition.size()) {
-    const std::string_view from = definition.substr(at + 1);
-    f(from.substr(0, from.find_first_of(delimiters)));
-  }
+bool is_about_page(std::string_view line) {
+  return line.starts_with("%%BoundingBox:") || line.starts_with("%%HiResBoundingBox:");
 }
 
-std::string_view take_line(std::string_view& text) {
-  const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
-  text.remove_prefix(line.size());
-  return line;
-}
-
-/// Takes the definition that the text begins with; nothing when its end is not plain to see.
-std::string_view take_definition(std::string_view& text) {
-  std::string_view rest = text;
-  int depth = 0;
-  int n_definitions = 0;  // outside braces
-  while (!rest.empty()) {
-    std::string_view line = take_line(rest);
-    // Braces in strings and comments are not for counting.
-    if (line.find_first_of("()%") != std::string_view::npos) return {};
-    for (std::size_t i = 0; i < line.size(); ++i) {
-      if (line[i] == '{') ++depth;
-      if (line[i] == '}') --depth;
-      if (depth == 0 && line.substr(i).starts_with(" def")) ++n_definitions;
-    }
-    while (line.ends_with('\n') || line.ends_with(' ')) line.remove_suffix(1);
-    if (depth > 0) continue;
-    const bool at_end = n_definitions == 1 ? line.ends_with(" def") : line == "} ifelse";
-    if (depth < 0 || n_definitions > 1 || !at_end) return {};
-    const std::string_view definition = text.substr(0, text.size() - rest.size());
-    text = rest;
-    return definition;
+/// The comments that the original has on its page, as lines.
+std::string page_lines(const eps_page& original, const page_frame& frame) {
+  std::string lines;
+  if (!original.title_line.empty()) lines += original.title_line + '\n';
+  const auto is_plain = [](const std::string& line) { return line.starts_with("%%BoundingBox:"); };
+  if (std::none_of(original.box_lines.begin(), original.box_lines.end(), is_plain)) {
+    lines += bounding_box_line(frame) + '\n';
   }
-  return {};
-}
-
-std::vector<piece> cut(std::string_view prolog) {
-  std::vector<piece> pieces;
-  while (!prolog.empty()) {
-    const std::string_view definition =
-        prolog.starts_with('/') ? take_definition(prolog) : std::string_view();
-    if (!definition.empty()) {
-      pieces.push_back({definition, true, false});
-      continue;
-    }
-    const std::string_view line = take_line(prolog);
-    if (!line.starts_with('%') || line.starts_with("%%")) pieces.push_back({line});
-  }
-  return pieces;
-}
-
-/// Marks the definitions that are named in the texts, and those that these name, and so on.
-void mark_needed(std::vector<piece>& pieces, std::vector<std::string_view> texts) {
-  std::unordered_multimap<std::string_view, piece*> definitions;
-  for (piece& p : pieces) {
-    if (p.is_definition) {
-      for_each_defined_name(p.text, [&](std::string_view name) { definitions.emplace(name, &p); });
-    } else {
-      texts.push_back(p.text);
-    }
-  }
-  while (!texts.empty()) {
-    const std::string_view text = texts.back();
-    texts.pop_back();
-    for_each_word(text, [&](std::string_view word) {
-      const auto [first, last] = definitions.equal_range(word);
-      for (auto at = first; at != last; ++at) {
-        if (!std::exchange(at->second->is_needed, true)) texts.push_back(at->second->text);
-      }
-      definitions.erase(first, last);
-    });
-  }
+  for (const std::string& line : original.box_lines) lines += line + '\n';
+  return lines;
 }
 
 }  // namespace
 
-std::string without_unused_definitions(std::string_view eps) {
-  const std::size_t begin = eps.find(prolog_begin);
-  const std::size_t end = eps.find(prolog_end);
-  if (begin == std::string_view::npos || end == std::string_view::npos || end < begin) {
-    return std::string(eps);
-  }
-  const std::string_view before = eps.substr(0, begin + 1);
-  const std::string_view behind = eps.substr(end + 1);
-  std::vector<piece> pieces = cut(eps.substr(begin + 1, end - begin));
-  mark_needed(pieces, {before, behind});
+bool is_whole(std::string_view eps) { return eps.ends_with("\n%%EOF\n"); }
 
-  std::string result(before);
-  for (const piece& p : pieces) {
-    if (p.is_needed) result += p.text;
-  }
-  return result += behind;
+bool is_one_bitmap(std::string_view eps) {
+  // Any other page begins with the graphics state.
+  return page_content(eps).starts_with("gsave\n[");
 }
 
 bool has_calibrated_colours_only(std::string_view eps) {
-  const std::string_view page = eps.substr(std::min(eps.find(prolog_end), eps.size()));
+  const std::string_view page = eps.substr(std::min(eps.find(end_of_prolog), eps.size()));
   return page.find("/CIEBased") != std::string_view::npos &&
          page.find("/DeviceCMYK") == std::string_view::npos;
+}
+
+std::string with_page_of(std::string_view detoured, const eps_page& original) {
+  const page_frame frame = frame_of(original.box.value());
+  const std::optional<bounding_box> box = read_page(detoured).box;
+  if (!box || frame_of(*box) != page_frame{0, 0, frame.width, frame.height}) {
+    throw run_error("pdftops: the page has another size");
+  }
+  const std::string_view content = page_content(detoured);
+  const std::size_t header_end = detoured.find(end_of_comments);
+  if (content.empty() || header_end == std::string_view::npos) {
+    throw run_error("pdftops: there is no page");
+  }
+  std::string_view header = detoured.substr(0, header_end + 1);
+  std::string_view rest = detoured.substr(header.size());
+  rest.remove_suffix(content.size());
+
+  std::string result;
+  result.reserve(detoured.size() + 4096);
+  for (bool is_first = true; !header.empty(); is_first = false) {
+    const std::string_view line = header.substr(0, header.find('\n') + 1);
+    header.remove_prefix(line.size());
+    if (!is_about_page(line)) result += line;
+    if (is_first) result += page_lines(original, frame);
+  }
+  result += rest;
+  result += std::to_string(frame.left) + ' ' + std::to_string(frame.bottom) + " translate\n";
+  return result += content;
 }
 
 }  // namespace trellion::batch

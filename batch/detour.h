@@ -3,15 +3,25 @@
 #include <string>
 #include <string_view>
 
+#include "eps_page.h"
+
 namespace trellion::batch {
 
-/// The text of an EPS file without those definitions of its prolog that nothing in it names, and
-/// without the prolog's comments. A definition starts with "/" at a line's start and ends with
-/// "def" at a line's end; any that cannot be told apart safely is kept.
-std::string without_unused_definitions(std::string_view eps);
+/// Whether a file that pdftops has written goes on to its last line. Its exit status does not say:
+/// it is 0 on a full disk, too.
+bool is_whole(std::string_view eps);
+
+/// Whether pdftops has drawn the whole page itself and written the bitmap, which it does where
+/// something on the page is transparent.
+bool is_one_bitmap(std::string_view eps);
 
 /// Whether a file that pdftops has written spells out calibrated colours, which it does with tables
 /// of 200 kB each, and none for print, which must stay what they are.
 bool has_calibrated_colours_only(std::string_view eps);
+
+/// Gives a file that pdftops has written the title, the boxes and the origin of the file that it
+/// was made from by way of a PDF with a page of just the frame of its box. `original` has a box.
+/// Throws run_error when that is not its page, or the page is not to be found.
+std::string with_page_of(std::string_view detoured, const eps_page& original);
 
 }  // namespace trellion::batch

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace trellion::batch {
+
+/// The text of an EPS file without those definitions of its prolog that nothing in it names, and
+/// without the prolog's comments. A definition starts with "/" at a line's start and ends with
+/// "def" at a line's end; any that cannot be told apart safely is kept.
+std::string without_unused_definitions(std::string_view eps);
+
+}  // namespace trellion::batch
