@@ -15,8 +15,19 @@ class run_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Why a run ends early.
+enum class end_reason {
+  usage,           ///< the command line is not understood
+  missing_file,    ///< there is no input file of the name
+  no_operators,    ///< nothing draws two polygons in a row
+  no_safe_name,    ///< every name tried for the macro is taken
+  collapsed_path,  ///< two paths cancel each other out
+};
+
 /// The run ends early, its last words are on the console already, and the exit status is 0.
-struct early_end {};
+struct early_end {
+  end_reason reason;
+};
 
 /// "cannot WHAT 'NAME': " and the system's reason for the error number.
 run_error system_failure(std::string_view what, const std::string& name, int error_number);

@@ -203,6 +203,24 @@ void merge_postscript_paths(path_store& store, path_index a, path_index b) {
   pa.y_max = std::max(pa.y_max, pb.y_max);
 }
 
+area doubled_area(const path_store& store, path_index path) {
+  const ps_path& p = store.paths[path];
+  if (p.n_points < 3) return 0;
+  const auto& origin = store.points[p.cursor].coords;
+  const auto offset = [&](const ps_point& point, std::size_t axis) {
+    return std::int64_t{point.coords[axis]} - origin[axis];
+  };
+  area sum = 0;
+  point_index at = store.points[p.cursor].next;
+  for (std::uint32_t i = 2; i < p.n_points; ++i) {
+    const ps_point& a = store.points[at];
+    const ps_point& b = store.points[a.next];
+    sum += area{offset(a, 0)} * offset(b, 1) - area{offset(a, 1)} * offset(b, 0);
+    at = a.next;
+  }
+  return sum;
+}
+
 bool is_sound(const path_store& store, path_index path) {
   const ps_path& p = store.paths[path];
   point_index point = p.cursor;

@@ -13,6 +13,8 @@ namespace trellion {
 
 using point_index = std::uint32_t;
 using path_index = std::uint32_t;
+/// Each of 2^32 points adds less than 2^66.
+__extension__ using area = __int128;
 inline constexpr point_index no_point = UINT32_MAX;
 inline constexpr path_index no_path = UINT32_MAX;
 
@@ -88,6 +90,10 @@ void reverse(path_store& store, path_index path);
 /// disappears, its end points are kept once. The cursor of a is then the end point that was its
 /// cursor's next. b must not be used any more.
 void merge_postscript_paths(path_store& store, path_index a, path_index b);
+
+/// Twice the area that a path winds round, in square thousandths: positive when it does so
+/// counter-clockwise. Of a path that crosses itself parts can subtract from others. Exact.
+area doubled_area(const path_store& store, path_index path);
 
 /// True when the points form a closed ring of the right size, linked both ways. For assertions.
 bool is_sound(const path_store& store, path_index path);

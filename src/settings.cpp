@@ -21,7 +21,7 @@ static_assert(std::ranges::all_of(help_lines, [](auto line) { return line.size()
 [[noreturn]] void end_with_usage(text_writer& console) {
   console.put("Usage : trellion myfile.eps [-mj] [-sp] [-r] [-v]  ").put(nl).put(nl);
   for (const std::string_view line : help_lines) console.put(line).put(nl);
-  throw early_end{};
+  throw early_end{end_reason::usage};
 }
 
 /// The position of the first argument that does not look like an option.
@@ -44,7 +44,7 @@ void complete_names(run_settings& settings, text_writer& console) {
   }
   if (!file_exists(name)) {
     console.put("trellion: fatal error --- file '").put(name).put("' does not exist.").put(nl);
-    throw early_end{};
+    throw early_end{end_reason::missing_file};
   }
   settings.repaired_filename = name.substr(0, dot) + "_r" + name.substr(dot);
 }

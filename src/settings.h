@@ -17,6 +17,8 @@ struct run_settings {
   std::int32_t min_separators = 2;  ///< least number of operators between two polygons
   bool remove_mesh = false;
   bool verbose = false;
+  /// Never set by trellion's own command line: what a program that judges the picture asks for.
+  bool careful = false;
 };
 
 /// Takes the settings from the command line's arguments (the program's name left out), or, when

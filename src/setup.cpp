@@ -198,7 +198,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
 
   if (best == nullptr) {
     console.put("trellion: fatal error --- no drawing operators detected.").put(nl);
-    throw early_end{};
+    throw early_end{end_reason::no_operators};
   }
   display_dts(*best, false, console);
   return *best;
@@ -236,7 +236,7 @@ fill_macro pgf_setup(const token_list& list, bool verbose, text_writer& console)
 
   console.put("trelion: fatal error --- unable to determine a safe pgf command.").put(nl);
   console.put("Last attempt was : ").put(macro.name).put(nl);
-  throw early_end{};
+  throw early_end{end_reason::no_safe_name};
 }
 
 void write_definition(const fill_macro& macro, text_writer& out) {

@@ -324,7 +324,7 @@ void engine::merge(const partner& found) {
   cleanup_.run(current_);
   if (path.n_points < strata::min_points) {
     console_.put("trellion: fatal error --- collapsed path!").put(nl);
-    throw early_end{};
+    throw early_end{end_reason::collapsed_path};
   }
   assert(is_sound(store_, current_));
   index_changed_edges();

@@ -139,7 +139,7 @@ void engine::merge(const partner& found) {
   const std::uint32_t n_points = store_.paths[current_].n_points;
   if (n_points < strata::min_points) {
     console_.put("trellion: fatal error --- collapsed path!").put(nl);
-    throw early_end{};
+    throw early_end{end_reason::collapsed_path};
   }
   ++merges_;
   merged_ = true;
