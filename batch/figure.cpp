@@ -52,7 +52,7 @@ figure look_at(const fs::path& file) {
   if (!fs::exists(status)) throw run_error("there is no such file");
   if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
   const std::string text = read_whole(file);
-  return {fs::absolute(file), text.size(), status.permissions(), kind_of(text),
+  return {fs::absolute(file), text.size(), static_cast<mode_t>(status.permissions()), kind_of(text),
           read_page(postscript(text))};
 }
 

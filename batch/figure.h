@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -14,7 +16,7 @@ namespace trellion::batch {
 struct figure {
   std::filesystem::path file;
   std::uint64_t n_bytes = 0;
-  std::filesystem::perms permissions{};
+  mode_t mode = 0;
   file_kind kind{};
   eps_page page;
 };

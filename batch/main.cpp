@@ -14,13 +14,16 @@
 #include <thread>
 #include <vector>
 
+#include "batch/descriptors.h"
 #include "batch/inputs.h"
 #include "batch/options.h"
 #include "batch/private_directory.h"
 #include "batch/process.h"
 #include "batch/progress.h"
 #include "batch/repair_job.h"
+#include "batch/supervisor.h"
 #include "batch/table.h"
+#include "batch/worker.h"
 #include "files.h"
 
 namespace {
@@ -52,7 +55,8 @@ std::vector<std::size_t> largest_first(const std::vector<fs::path>& files) {
 /// interruption left undone say so.
 std::vector<file_report> repair_all(const std::vector<fs::path>& files,
                                     const batch_options& options, const interruption& interrupted) {
-  const process_runner runner(interrupted, options.time_limit);
+  const process_runner runner(interrupted, {options.time_limit, options.memory_limit, 0},
+                              raise_file_limit());
   const std::vector<std::size_t> order = largest_first(files);
   std::vector<file_report> reports(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) reports[i].file = files[i];
@@ -152,12 +156,14 @@ int run(const batch_options& options, const interruption& interrupted) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  supervise_if_asked(argc, argv);
   open_standard_streams();
   // Writing to a closed pipe, or past the file size limit, is to fail, not to kill. How children
   // end is to be known, even when we were started by someone who does not care.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);
+  if (argc > 1 && argv[1] == worker_argument) return run_worker({argv + 1, argv + argc});
   try {
     const batch_options options = parse_options(argc, argv);
     const interruption interrupted;

@@ -18,7 +18,6 @@
 #include "batch/judge.h"
 #include "batch/placing.h"
 #include "batch/private_directory.h"
-#include "batch/programs.h"
 #include "batch/ways.h"
 #include "batch/worker.h"
 #include "files.h"
@@ -66,7 +65,7 @@ std::int64_t sum(const hairline_counts& counts) {
   return counts.ghostscript.value_or(0) + counts.cairo.value_or(0);
 }
 
-bool exists(const fs::path& file) {
+bool is_there(const fs::path& file) {
   std::error_code ignored;
   return fs::exists(fs::symlink_status(file, ignored));
 }
@@ -88,6 +87,9 @@ std::string why_nothing_was_joined(const repair_summary& summary) {
   const std::string found = std::to_string(with_area) + " polygons found";
   return found + ", no two of them share an edge";
 }
+
+/// This program, to be run again as a worker.
+constexpr const char* own_program = "/proc/self/exe";
 
 /// Ghostscript's rounding moves the colours of a detour by up to three levels of 255.
 constexpr int detour_tolerance = 4;
@@ -123,7 +125,7 @@ class repair_job {
   void check_gain(const candidate& made) const;
   std::optional<finding> best_of(const std::vector<candidate>& candidates);
   void compare(const candidate& made, file_report& report);
-  verdict place(const candidate& best) const;
+  verdict put_in_place(const candidate& best) const;
 
   file_report report_of(const candidate& made) const;
   template <class Step>
@@ -145,7 +147,7 @@ class repair_job {
 file_report repair_job::run() {
   const std::vector<candidate> candidates = repair_all_ways();
   if (std::optional<finding> best = best_of(candidates)) {
-    if (reach(best->report, [&] { best->report.result = place(best->made); })) return best->report;
+    if (reach(best->report, [&] { best->report.result = put_in_place(best->made); })) return best->report;
   }
   const bool several = ways_to_try(options_).size() > 1;
   if (several && gravest_->result != verdict::interrupted) {
@@ -203,7 +205,7 @@ candidate repair_job::repair(const repair_way& way) {
   fs::create_directory(directory_ / folder);
   const fs::path name = result_path(input_.file).filename();
 
-  std::vector<std::string> command = {own_path()};
+  std::vector<std::string> command = {own_program};
   const std::vector<std::string> arguments =
       worker_arguments({source, name, options_.merge_limit.value_or(0), way.min_separators,
                         way.remove_mesh});
@@ -318,10 +320,9 @@ void repair_job::compare(const candidate& made, file_report& report) {
   }
 }
 
-verdict repair_job::place(const candidate& best) const {
-  const bool placed = move_into_place(
-      best.file, result_path(input_.file), input_.permissions,
-      options_.replace ? existing_file::replace : existing_file::keep);
+verdict repair_job::put_in_place(const candidate& best) const {
+  const bool placed = place(best.file, result_path(input_.file), input_.mode,
+                            options_.replace ? existing_file::replace : existing_file::keep);
   return placed ? verdict::written : verdict::exists;
 }
 
@@ -344,8 +345,7 @@ file_report repair_file(const fs::path& file, const batch_options& options,
   try {
     figure input = look_at(file);
     n_bytes = static_cast<std::int64_t>(input.n_bytes);
-    const fs::path place = result_path(file);
-    if (!options.replace && exists(place)) {
+    if (!options.replace && is_there(result_path(file))) {
       report.result = verdict::exists;
     } else {
       report = repair_job(std::move(input), options, runner).run();
