@@ -88,11 +88,25 @@ wrapping distance(const ps_point& a, const ps_point& b) {
                                std::abs(std::int64_t{a.coords[1]} - b.coords[1]));
 }
 
+/// Links points that lie side by side to a ring.
+void link_ring(path_store& store, point_index first, std::uint32_t n_points) {
+  const point_index last = first + n_points - 1;
+  for (point_index i = first; i <= last; ++i) {
+    store.points[i].next = i == last ? first : i + 1;
+    store.points[i].prev = i == first ? last : i - 1;
+  }
+}
+
 }  // namespace
 
-void path_store::start_group(std::vector<coord_texts>& vertices, const char* end_of_text) {
+void path_store::clear() {
   points.clear();
+  texts.clear();
   paths.clear();
+}
+
+void path_store::start_group(std::vector<coord_texts>& vertices, const char* end_of_text) {
+  clear();
   texts.swap(vertices);
   text_end = end_of_text;
   if (texts.size() >= no_point) throw run_error("a group has too many points");
@@ -146,6 +160,30 @@ path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store) {
   store.points[last].next = first;
   store.paths.push_back(path);
   return static_cast<path_index>(store.paths.size() - 1);
+}
+
+void restore_ring(path_store& store, path_index path, point_index first, std::uint32_t n_points) {
+  ps_path& p = store.paths[path];
+  p.n_points = n_points;
+  p.cursor = first;
+  p.untested = no_point;
+  link_ring(store, first, n_points);
+}
+
+path_index copy_path(const path_store& from, path_index path, path_store& to) {
+  ps_path copy = from.paths[path];
+  const auto first = static_cast<point_index>(to.points.size());
+  point_index at = copy.cursor;
+  for (std::uint32_t i = 0; i < copy.n_points; ++i, at = from.points[at].next) {
+    if (at == from.paths[path].untested) copy.untested = first + i;
+    to.points.push_back(from.points[at]);
+    to.texts.push_back(from.texts[at]);
+  }
+  to.text_end = from.text_end;
+  copy.cursor = first;
+  link_ring(to, first, copy.n_points);
+  to.paths.push_back(copy);
+  return static_cast<path_index>(to.paths.size() - 1);
 }
 
 void output(path_store& store, path_index path, const drawing_token_set& operators,

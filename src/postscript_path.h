@@ -55,7 +55,9 @@ struct path_store {
 
   const char* text_end = nullptr;  ///< where the text that they stand in ends
 
-  /// Drops everything, keeps the memory, and exchanges `texts` for those of the points to come.
+  /// Drops everything and keeps the memory.
+  void clear();
+  /// Does that, and exchanges `texts` for those of the points to come.
   void start_group(std::vector<coord_texts>& vertices, const char* end_of_text);
 };
 
@@ -76,6 +78,13 @@ std::string_view coord_text(const char* text, const char* end);
 /// Adds a path to the store, of the next `n_points` texts that have no points yet; at least one.
 /// The cursor is left on the last point. Throws bad_coordinate.
 path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store);
+
+/// Makes a path the ring of points that it was when it was added: `n_points` of them, side by side
+/// in the store. The cursor is on the first.
+void restore_ring(path_store& store, path_index path, point_index first, std::uint32_t n_points);
+
+/// Adds a copy of a path, its cursor on the same point, to another store of the same text.
+path_index copy_path(const path_store& from, path_index path, path_store& to);
 
 /// Writes a path with the given operators, five vertices to a line after the first, beginning at
 /// the cursor. The cursor ends one point before where it was.

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "fields.h"
+#include "layers.h"
 #include "param.h"
 #include "postscript_path_queue.h"
 #include "report.h"
@@ -27,6 +29,16 @@ drawing_token_set choose_output_operators(const drawing_token_set& operators,
   return output_operators;
 }
 
+/// Twice the areas of the paths, their signs left aside.
+area total_area(const path_store& store, const ps_path_queue& queue) {
+  area total = 0;
+  for (path_index p = queue.first(); p != no_path; p = store.paths[p].next_path) {
+    const area a = doubled_area(store, p);
+    total += a < 0 ? -a : a;
+  }
+  return total;
+}
+
 /// Joins the polygons of one group and writes what is left of them.
 class group_repair {
  public:
@@ -41,33 +53,73 @@ class group_repair {
   void operator()(polygon_group& group) {
     console_.put("Group ").put(integer_field(++summary_.groups, 3)).put(':');
     ps_path_queue queue = tokens_to_ps_path_queue(group, store_, console_);
-    const auto n_polygons = static_cast<std::int64_t>(group.n_vertices.size());
-    const std::int64_t n_paths = queue.n_paths();
-    summary_.polygons_read += n_polygons;
-    summary_.without_area += n_polygons - n_paths;
-    if (queue.n_paths() > 1) {
-      const area before = total_area(queue);
-      repaired_.flush();  // merging can take long, and can end the run
-      strata strata = stratify(store_, queue);
-      v3_process(store_, strata, settings_.merge_limit, console_);
-      gather(strata, queue, console_);
-      summary_.mergers += n_paths - queue.n_paths();
-      if (total_area(queue) != before) summary_.area_lost = true;
-      repaired_.put(' ');  // only here: a group of one path follows the text before it directly
+    if (settings_.careful) {
+      repaired_.put(' ');
+      pass_on_those_without_area(group, queue);
     }
-    queue.output(output_operators_, repaired_);
-    summary_.polygons_left += queue.n_paths();
+    const std::int64_t n_paths = queue.n_paths();
+    summary_.polygons_read += static_cast<std::int64_t>(group.n_vertices.size());
+    summary_.without_area += static_cast<std::int64_t>(group.n_vertices.size()) - n_paths;
+    if (n_paths <= 1) {
+      write(queue);
+    } else if (settings_.careful) {
+      join_in_layers(queue);
+    } else {
+      join(store_, queue);
+      repaired_.put(' ');  // only here: a group of one path follows the text before it directly
+      write(queue);
+    }
   }
 
  private:
-  /// Twice the areas of the paths, their signs left aside.
-  [[nodiscard]] area total_area(const ps_path_queue& queue) const {
-    area total = 0;
-    for (path_index p = queue.first(); p != no_path; p = store_.paths[p].next_path) {
-      const area a = doubled_area(store_, p);
-      total += a < 0 ? -a : a;
+  /// Writes the polygons without area as they were read, and takes those that have kept points out
+  /// of the queue. Filling draws them all the same, as lines and dots. The whole group is drawn in
+  /// one paint, so that the order does not show: they go first, where they need not be kept.
+  void pass_on_those_without_area(const polygon_group& group, ps_path_queue& queue) {
+    point_index first = 0;
+    for (path_index p = 0; p < group.n_vertices.size(); ++p) {
+      if (doubled_area(store_, p) == 0) {
+        if (store_.paths[p].n_points >= strata::min_points) queue.remove_this_path(p);
+        restore_ring(store_, p, first, group.n_vertices[p]);
+        output(store_, p, output_operators_, repaired_);
+        ++summary_.polygons_left;
+      }
+      first += group.n_vertices[p];
     }
-    return total;
+  }
+
+  void join_in_layers(ps_path_queue& queue) {
+    const std::vector<std::vector<path_index>> layers = split_into_layers(store_, queue);
+    if (layers.size() == 1) {
+      join(store_, queue);
+      write(queue);
+      return;
+    }
+    // The engine takes time for every point of a store, so each layer has its own.
+    path_store store;
+    for (const std::vector<path_index>& layer : layers) {
+      store.clear();
+      ps_path_queue paths(store);
+      for (const path_index p : layer) paths.add_after_last(copy_path(store_, p, store));
+      if (layer.size() > 1) join(store, paths);
+      write(paths);
+    }
+  }
+
+  void join(path_store& store, ps_path_queue& queue) {
+    const std::int64_t n_paths = queue.n_paths();
+    const area before = total_area(store, queue);
+    repaired_.flush();  // merging can take long, and can end the run
+    strata strata = stratify(store, queue);
+    v3_process(store, strata, settings_.merge_limit, console_);
+    gather(strata, queue, console_);
+    summary_.mergers += n_paths - queue.n_paths();
+    if (total_area(store, queue) != before) summary_.area_lost = true;
+  }
+
+  void write(const ps_path_queue& queue) {
+    queue.output(output_operators_, repaired_);
+    summary_.polygons_left += queue.n_paths();
   }
 
   const run_settings& settings_;

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <sstream>
+
 #include "support.h"
 
 namespace trellion::testing {
@@ -68,6 +71,118 @@ TEST(repair, sums_up_what_it_has_done) {
 TEST(repair, says_why_it_ends_early) {
   EXPECT_EQ(ending("1 2 x"), end_reason::no_operators);
   EXPECT_EQ(ending(square + square), end_reason::collapsed_path);
+}
+
+run_settings careful() {
+  run_settings settings;
+  settings.careful = true;
+  return settings;
+}
+
+TEST(careful_repair, joins_neighbours_like_any_other) {
+  for (const unsigned seed : {1U, 2U, 3U}) {
+    const std::string mesh = to_postscript(random_mesh(seed, 12, 9));
+    const repaired_text result = repaired(mesh, careful());
+    EXPECT_EQ(result.text, repaired(mesh).text);
+    EXPECT_FALSE(result.summary.area_lost);
+  }
+}
+
+TEST(careful_repair, joins_no_polygons_on_the_same_side_of_an_edge) {
+  const repaired_text of_fold = repaired(fold, careful());
+  EXPECT_EQ(of_fold.text, " 4 0 m\n1 3 l 0 0 l \nh f\n0 0 m\n3 4 l 4 0 l \nh f\n");
+  EXPECT_FALSE(of_fold.summary.area_lost);
+
+  // The two squares make an edge that the polygon on the same side of it has too, and only then.
+  const std::string above = "0 0 m 4 0 l 4 9 l 0 8 l h f\n";
+  EXPECT_TRUE(repaired(square + right_neighbour + above).summary.area_lost);
+  const repair_summary sum = repaired(square + right_neighbour + above, careful()).summary;
+  EXPECT_FALSE(sum.area_lost);
+  EXPECT_EQ(sum.mergers, 1);
+  EXPECT_EQ(sum.polygons_left, 2);
+}
+
+TEST(careful_repair, joins_each_copy_of_a_drawing_on_its_own) {
+  std::string many;
+  constexpr int copies = 40;
+  for (int i = 0; i < copies; ++i) many += square + right_neighbour;
+  const repaired_text result = repaired(many, careful());
+  const std::string once = repaired(square + right_neighbour).text.substr(1);
+  std::string expected = " ";
+  for (int i = 0; i < copies; ++i) expected += once;
+  EXPECT_EQ(result.text, expected);
+  EXPECT_EQ(result.summary.mergers, copies);
+}
+
+TEST(careful_repair, keeps_what_has_no_area) {
+  const std::string dot = "5 5 m 5 5 l 5 5 l h f\n";
+  const std::string bow_tie = "0 0 m 2 2 l 2 0 l 0 2 l h f\n";
+  const repaired_text result = repaired(square + line + dot + bow_tie + right_neighbour, careful());
+  EXPECT_EQ(result.text,
+            " 7 7 m\n9 9 l \nh f\n5 5 m\n5 5 l 5 5 l \nh f\n"
+            "0 0 m\n2 2 l 2 0 l 0 2 l \nh f\n" +
+                repaired(square + right_neighbour).text.substr(1));
+  EXPECT_EQ(result.summary.without_area, 3);
+  EXPECT_EQ(result.summary.polygons_left, 4);
+}
+
+/// The polygons of a text drawn with the operators of mlhf().
+std::vector<polygon> polygons_of(const std::string& text) {
+  std::vector<polygon> polygons(1);
+  std::istringstream words(text);
+  for (std::string x, y, op; words >> x;) {
+    if (x == "h") polygons.emplace_back();
+    if (x == "h" || x == "f") continue;
+    words >> y >> op;
+    polygons.back().push_back({std::stoi(x), std::stoi(y)});
+  }
+  polygons.pop_back();
+  return polygons;
+}
+
+/// How many times the polygons, each turned counter-clockwise, wind round a point beside their
+/// edges, all together.
+int windings(const std::vector<polygon>& polygons, const vertex& point) {
+  int sum = 0;
+  for (const polygon& p : polygons) {
+    const int sense = doubled_area(p) < 0 ? -1 : 1;
+    for (std::size_t i = 0; i < p.size(); ++i) {
+      const vertex& a = p[i];
+      const vertex& b = p[(i + 1) % p.size()];
+      const bool up = a[1] < point[1];
+      if (up != (b[1] > point[1])) continue;
+      if ((doubled_area({a, b, point}) > 0) == up) sum += up ? sense : -sense;
+    }
+  }
+  return sum;
+}
+
+TEST(careful_repair, keeps_every_winding_of_polygons_that_lie_anyhow) {
+  std::mt19937 random(7);
+  const auto lattice = [&random] { return static_cast<int>(random() % 5) * 1000; };
+  std::int64_t mergers = 0;
+  for (int round = 0; round < 200; ++round) {
+    std::vector<polygon> polygons(2 + random() % 60);
+    for (polygon& p : polygons) {
+      while (doubled_area(p) == 0) {
+        p.resize(3 + random() % 4);
+        for (vertex& v : p) v = {lattice(), lattice()};
+      }
+    }
+    const repaired_text result = repaired(to_postscript(polygons), careful());
+    EXPECT_FALSE(result.summary.area_lost);
+    mergers += result.summary.mergers;
+    const std::vector<polygon> left = polygons_of(result.text);
+    EXPECT_EQ(left.size(), polygons.size() - static_cast<std::size_t>(result.summary.mergers));
+    for (int x = 0; x < 4000; x += 1000) {
+      for (int y = 0; y < 4000; y += 1000) {
+        for (const vertex& beside : {vertex{x + 379, y + 127}, vertex{x + 619, y + 883}}) {
+          ASSERT_EQ(windings(left, beside), windings(polygons, beside)) << result.text;
+        }
+      }
+    }
+  }
+  EXPECT_GT(mergers, 200);
 }
 
 }  // namespace
