@@ -83,6 +83,7 @@ class repair_job {
   trellion_console repair(const std::string& source, std::int32_t min_separators);
   void check_gain(const trellion_console& console, std::int64_t bytes_after) const;
   std::string compare(const std::string& result, bool detoured);
+  [[nodiscard]] pixmap read_drawing(const std::string& name) const;
   std::string render(const std::string& name);
   std::string failure_of(const std::string& program, const std::vector<std::string>& arguments,
                          const line_handler& handle_line = nullptr);
@@ -227,7 +228,6 @@ void repair_job::check_gain(const trellion_console& console, std::int64_t bytes_
 std::string repair_job::compare(const std::string& result, bool detoured) {
   // On the detour colours are rounded, which moves them by up to three levels of 255.
   const int tolerance = detoured ? 4 : 0;
-  constexpr std::size_t max_pixels = 100'000'000;
   if (!picture_failure_) picture_failure_ = render("input");
   if (!picture_failure_->empty()) {
     throw dead_end{verdict::withheld, "the input does not render: " + *picture_failure_};
@@ -236,8 +236,7 @@ std::string repair_job::compare(const std::string& result, bool detoured) {
   if (!failure.empty()) throw dead_end{verdict::withheld, "the result does not render: " + failure};
 
   const std::optional<picture_difference> difference =
-      batch::compare(read_ppm(read_file("input.ppm"), max_pixels),
-                     read_ppm(read_file(result + ".ppm"), max_pixels), tolerance);
+      batch::compare(read_drawing("input"), read_drawing(result), tolerance);
   if (!difference) throw dead_end{verdict::withheld, "the picture has another size"};
   const std::string share = percent(difference->differing, difference->pixels);
   const bool too_many = !options_.remove_mesh && difference->differing * 1000 > difference->pixels;
@@ -245,6 +244,16 @@ std::string repair_job::compare(const std::string& result, bool detoured) {
     throw dead_end{verdict::withheld, "the picture changed: " + share + " of the pixels differ"};
   }
   return difference->differing == 0 ? "same" : "same but " + share;
+}
+
+/// What gs drew of a file; where that is no picture of one page nothing can be said for it.
+pixmap repair_job::read_drawing(const std::string& name) const {
+  constexpr std::size_t max_pixels = 100'000'000;
+  try {
+    return read_ppm(read_file(name + ".ppm"), max_pixels);
+  } catch (const run_error& error) {
+    throw dead_end{verdict::withheld, error.what()};
+  }
 }
 
 /// Draws a file without anti-aliasing; returns why that failed.
