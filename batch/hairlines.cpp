@@ -1,6 +1,7 @@
 #include "hairlines.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <vector>
 
 namespace trellion::batch {

@@ -19,16 +19,19 @@ struct pixel_box {
 
 /// Where two pictures differ.
 struct picture_difference {
-  std::int64_t pixels = 0;     ///< of one picture
-  std::int64_t differing = 0;  ///< those whose colours differ
-  std::int64_t wrong = 0;      ///< those of either one whose colour the other has nowhere near
-  pixel_box wrong_within;      ///< around the wrong ones
-  bool blank = false;          ///< one of the pictures has a single colour: it shows nothing
+  std::int64_t pixels = 0;          ///< of one picture
+  std::int64_t differing = 0;       ///< those whose colours differ
+  std::int64_t wrong = 0;           ///< those of either one whose colour the other has nowhere near
+  std::int64_t wrong_together = 0;  ///< places of the largest group of wrong ones that touch
+  pixel_box wrong_within;           ///< around the wrong ones
+  bool blank = false;               ///< one of the pictures has a single colour: it shows nothing
 };
 
 /// Compares two pictures. Colours differ when one of their three parts does by more than the
 /// tolerance. A pixel is wrong when its colour differs from those of the same pixel and its eight
 /// neighbours in the other picture: a line that moved by a pixel is not, one that vanished is.
+/// Where a renderer decides otherwise about the tip of a corner a few are wrong, however large the
+/// picture; what was lost grows with it, and so does its group.
 /// Returns nothing when the pictures differ in their sizes.
 std::optional<picture_difference> compare(const pixmap& a, const pixmap& b, int tolerance);
 

@@ -2,8 +2,9 @@
 
 #include <png.h>
 
-#include <array>
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <string>
 
 namespace trellion::batch {

@@ -52,6 +52,19 @@ TEST(picture, that_lost_a_line_is_wrong) {
   EXPECT_FALSE(compare(line, drawing({"..k....", "..k...."}), 0));
 }
 
+TEST(picture, knows_how_many_wrong_pixels_touch) {
+  const std::vector<std::string> none(5, ".........");
+  const auto together = [&](const std::vector<std::string>& rows) {
+    const auto difference = compare(drawing(rows), drawing(none), 0);
+    EXPECT_EQ(difference->wrong_together, compare(drawing(none), drawing(rows), 0)->wrong_together);
+    return difference->wrong_together;
+  };
+  EXPECT_EQ(together(none), 0);
+  EXPECT_EQ(together({"k.......k", ".........", "k.......k", ".........", "k.......k"}), 1);
+  // Seven that start as three groups, beside two and three.
+  EXPECT_EQ(together({"k.k...k..", "k.k.k.k..", ".k.k....k", "........k", "........k"}), 7);
+}
+
 TEST(picture, is_compared_within_the_tolerance_and_up_to_its_borders) {
   const pixmap g = drawing({"gg", "gg"});
   EXPECT_EQ(compare(g, drawing({"gh", "gg"}), 3)->wrong, 1);
