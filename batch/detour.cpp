@@ -77,7 +77,9 @@ std::string with_page_of(std::string_view detoured, const eps_page& original) {
     if (is_first) result += page_lines(original, frame);
   }
   result += rest;
-  result += std::to_string(frame.left) + ' ' + std::to_string(frame.bottom) + " translate\n";
+  if (frame.left != 0 || frame.bottom != 0) {
+    result += std::to_string(frame.left) + ' ' + std::to_string(frame.bottom) + " translate\n";
+  }
   return result += content;
 }
 

@@ -193,7 +193,8 @@ std::string bounding_box_line(const page_frame& frame) {
 std::string framing_head(const page_frame& frame) {
   return "%!PS-Adobe-3.0 EPSF-3.0\n" + bounding_box_line(frame) +
          "\n%%EndComments\n<< /Install { " + std::to_string(-frame.left) + ' ' +
-         std::to_string(-frame.bottom) + " translate } >> setpagedevice\n";
+         std::to_string(-frame.bottom) +
+         " translate } >> setpagedevice /setpagedevice { pop } bind def\n";
 }
 
 }  // namespace trellion::batch

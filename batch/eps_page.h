@@ -66,7 +66,8 @@ std::string bounding_box_line(const page_frame& frame);
 /// What makes Ghostscript draw on a page of just the frame, when it stands in front of a file and
 /// the page's size is fixed at the frame's (-dFIXEDMEDIA, -dDEVICEWIDTHPOINTS,
 /// -dDEVICEHEIGHTPOINTS; no -dEPSCrop). The origin moves when the device is set up, so that neither
-/// other comments in the file nor initgraphics, setpagedevice or names of paper move it back.
+/// other comments in the file nor initgraphics or names of paper move it back, and setpagedevice,
+/// which has no place in a figure, does nothing.
 std::string framing_head(const page_frame& frame);
 
 }  // namespace trellion::batch
