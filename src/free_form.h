@@ -7,7 +7,7 @@
 
 namespace trellion {
 
-/// Free-form reading of one item, as people type it at a prompt or behind an option. Blanks and
+/// Free-form reading of one item, as people type it at a prompt or after an option. Blanks and
 /// tabs before the item are skipped; blank, tab, comma, semicolon, slash or the end of the text
 /// ends it, and whatever follows is ignored. An empty item (a comma, semicolon or slash stands
 /// where the item should begin) is a successful read that leaves the variable as it was.

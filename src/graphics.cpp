@@ -41,16 +41,6 @@ std::int64_t whole_units(std::int64_t thousandths) {
   return (thousandths + (thousandths >= 0 ? 500 : -500)) / 1000;
 }
 
-drawing_token_set frame_operators(outline_ending ending) {
-  drawing_token_set operators;
-  operators.moveto_token.text = "moveto";
-  operators.lineto_token.text = "lineto";
-  operators.end_polygon_token.text = "closepath";
-  if (ending == outline_ending::stroked)
-    operators.trailing_operators.emplace_back().text = "stroke";
-  return operators;
-}
-
 /// "frame", the number in five digits with zeros in front, ".eps".
 std::string frame_name(std::int32_t number) {
   std::string digits = integer_field(number, 5);
@@ -87,7 +77,8 @@ void create_intermediate_eps(path_store& store, std::span<const ps_path_queue> q
     frame.put(integer_field(whole_units(value), 8)).put(' ');
   }
   frame.put(nl).put("0 setlinewidth").put(nl);
-  const drawing_token_set operators = frame_operators(ending);
+  const bool stroked = ending == outline_ending::stroked;
+  const path_operators operators = {"moveto", "lineto", stroked ? "closepath stroke" : "closepath"};
   for (const ps_path_queue& queue : queues) queue.output(operators, frame);
   frame.put("%EOF").put(nl).flush();
   file.close();

@@ -71,7 +71,7 @@ struct piece_range {
   std::size_t tree;      ///< where the line's tree begins
   std::size_t n_pieces;  ///< of the line: a power of two
   std::size_t first;     ///< the edge's first piece
-  std::size_t behind;    ///< the one after its last
+  std::size_t after;     ///< the one after its last
 };
 
 /// For the pieces of lines how many layers are closed there to further paths. Of each line a tree
@@ -99,17 +99,17 @@ class closed_layers {
   template <class F>
   static void for_each_part(const piece_range& range, F f) {
     std::size_t first = range.n_pieces + range.first;
-    std::size_t behind = range.n_pieces + range.behind;
-    for (; first < behind; first /= 2, behind /= 2) {
+    std::size_t after = range.n_pieces + range.after;
+    for (; first < after; first /= 2, after /= 2) {
       if (first % 2 == 1) f(range.tree + first++);
-      if (behind % 2 == 1) f(range.tree + --behind);
+      if (after % 2 == 1) f(range.tree + --after);
     }
   }
   /// Calls f with all nodes above those, and perhaps some of those, more than once.
   template <class F>
   static void for_each_above(const piece_range& range, F f) {
     for (std::size_t n = (range.n_pieces + range.first) / 2; n > 0; n /= 2) f(range.tree + n);
-    for (std::size_t n = (range.n_pieces + range.behind - 1) / 2; n > 0; n /= 2) f(range.tree + n);
+    for (std::size_t n = (range.n_pieces + range.after - 1) / 2; n > 0; n /= 2) f(range.tree + n);
   }
 
   std::vector<node> nodes_;

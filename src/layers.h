@@ -33,9 +33,9 @@ namespace trellion {
 /// repair's summary tells as an area lost. And what is drawn by another rule than that of windings
 /// that are not zero (even-odd, say) can differ where joined polygons overlap.
 ///
-/// A path goes behind all layers that have a path in its way already. That can be further behind
-/// than needed, but asks only for the last layer on each piece, so that n equal paths do not take
-/// n * n looks.
+/// A path goes to the layer after the last one that has a path in its way. An earlier one can have
+/// room for it, too, but this asks only for the last layer on each piece, so that n equal paths do
+/// not take n * n looks.
 std::vector<std::vector<path_index>> split_into_layers(const path_store& store,
                                                        const ps_path_queue& queue);
 

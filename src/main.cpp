@@ -19,10 +19,11 @@ using namespace trellion;
 
 constexpr int failure_status = 2;
 
-void run(std::span<const char* const> arguments, console_output& standard_output,
-         text_writer& console) {
+/// Sets the settings as soon as they are known.
+void run(std::span<const char* const> arguments, run_settings& settings,
+         console_output& standard_output, text_writer& console) {
   write_banner(console);
-  const run_settings settings = obtain_settings(arguments, std::cin, console);
+  settings = obtain_settings(arguments, std::cin, console);
 
   input_file input(settings.filename);
   output_file repaired_file(settings.repaired_filename, input);
@@ -31,14 +32,8 @@ void run(std::span<const char* const> arguments, console_output& standard_output
   standard_output.keep_going();
   try {
     repair(settings, input, input.expected_size(), console, repaired);
-  } catch (const coordinate_error& error) {
-    repaired.flush();
-    throw run_error("'" + settings.filename + "': " + error.what());
-  } catch (const std::bad_alloc&) {
-    repaired.flush();
-    throw run_error("'" + settings.filename + "': not enough memory");
   } catch (...) {
-    repaired.flush();
+    repaired.flush();  // what there is of the result stands
     throw;
   }
   repaired.flush();
@@ -58,17 +53,25 @@ int main(int argc, char* argv[]) {
 
   console_output standard_output;
   text_writer console(standard_output);
+  run_settings settings;
   std::string complaint;
   int status = 0;
+  const auto fail = [&](const std::string& text) {
+    complaint = text;
+    status = failure_status;
+  };
   try {
-    run({argv + std::min(argc, 1), argv + argc}, standard_output, console);
+    run({argv + std::min(argc, 1), argv + argc}, settings, standard_output, console);
   } catch (const early_end&) {
     // What there is to say is on the console, and the status of what is said there is 0.
   } catch (const read_failure& error) {
     complaint = error.what();  // on the console, too, but without the file's name
+  } catch (const coordinate_error& error) {
+    fail("'" + settings.filename + "': " + error.what());
+  } catch (const std::bad_alloc&) {
+    fail("'" + settings.filename + "': not enough memory");
   } catch (const std::exception& error) {
-    complaint = error.what();
-    status = failure_status;
+    fail(error.what());
   }
   standard_output.keep_going();
   console.flush();

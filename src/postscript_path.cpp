@@ -68,10 +68,11 @@ std::int64_t common_thousandths(std::uint64_t word) {
   return negative ? -value : value;
 }
 
-void write_vertex(const path_store& store, point_index point, const token& op, text_writer& out) {
+void write_vertex(const path_store& store, point_index point, std::string_view op,
+                  text_writer& out) {
   const coord_texts& texts = store.texts[point];
   out.put(coord_text(texts.x, store.text_end)).put(' ');
-  out.put(coord_text(texts.y, store.text_end)).put(' ').put(op.text);
+  out.put(coord_text(texts.y, store.text_end)).put(' ').put(op);
 }
 
 // Differences, distances and products are unsigned so that their overflow is defined: they wrap at
@@ -118,15 +119,13 @@ std::string_view coord_text(const char* text, const char* end) {
   return {text, static_cast<std::size_t>(skip_number(text, text + length) - text)};
 }
 
-std::int32_t thousandths(const char* text, const char* end) {
+coordinate coordinate_at(const char* text, const char* end) {
   if (words_are_text && end - text >= 8) {
     const std::int64_t common = common_thousandths(load_word(text));
-    if (common != not_common) return static_cast<std::int32_t>(common);
+    if (common != not_common) return {static_cast<std::int32_t>(common)};
   }
   const decimal number = decimal_at(text, end);
-  if (number.n_digits == 0) {
-    throw bad_coordinate{"'" + std::string(coord_text(text, end)) + "' is not a coordinate", text};
-  }
+  if (number.n_digits == 0) return {0, coordinate_fault::no_value};
   // The value is digits over a power of ten, both exact, so the quotient is the correctly rounded
   // double. With up to three decimals the thousandths are whole, and rounding gives just them.
   constexpr std::array<double, 8> power_of_ten = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
@@ -135,11 +134,8 @@ std::int32_t thousandths(const char* text, const char* end) {
   const auto rounded =
       static_cast<std::int64_t>(value * 1000.0 + 0.5);  // NOLINT(bugprone-incorrect-roundings)
   const std::int64_t result = number.negative ? -rounded : rounded;
-  if (result < INT32_MIN || result > INT32_MAX) {
-    throw bad_coordinate{
-        "'" + std::string(coord_text(text, end)) + "' is too large for a coordinate", text};
-  }
-  return static_cast<std::int32_t>(result);
+  if (result < INT32_MIN || result > INT32_MAX) return {0, coordinate_fault::too_large};
+  return {static_cast<std::int32_t>(result)};
 }
 
 path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store) {
@@ -148,8 +144,13 @@ path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store) {
   ps_path path{n_points,  last,      no_point, INT32_MAX, INT32_MIN,
                INT32_MAX, INT32_MIN, no_path,  no_path};
   for (point_index i = first; i <= last; ++i) {
-    const std::int32_t x = thousandths(store.texts[i].x, store.text_end);
-    const std::int32_t y = thousandths(store.texts[i].y, store.text_end);
+    const coordinate at_x = coordinate_at(store.texts[i].x, store.text_end);
+    const coordinate at_y = coordinate_at(store.texts[i].y, store.text_end);
+    if (at_x.fault != coordinate_fault::none || at_y.fault != coordinate_fault::none) {
+      return no_path;
+    }
+    const std::int32_t x = at_x.thousandths;
+    const std::int32_t y = at_y.thousandths;
     store.points.push_back({{x, y}, i + 1, i - 1});
     path.x_min = std::min(path.x_min, x);
     path.x_max = std::max(path.x_max, x);
@@ -186,23 +187,20 @@ path_index copy_path(const path_store& from, path_index path, path_store& to) {
   return static_cast<path_index>(to.paths.size() - 1);
 }
 
-void output(path_store& store, path_index path, const drawing_token_set& operators,
-            text_writer& out) {
+void output(path_store& store, path_index path, const path_operators& operators, text_writer& out) {
   constexpr std::uint32_t points_per_line = 5;
   ps_path& p = store.paths[path];
-  write_vertex(store, p.cursor, operators.moveto_token, out);
+  write_vertex(store, p.cursor, operators.moveto, out);
   out.put(nl);
   for (std::uint32_t i = 1; i < p.n_points; ++i) {
     p.cursor = store.points[p.cursor].next;
-    write_vertex(store, p.cursor, operators.lineto_token, out);
+    write_vertex(store, p.cursor, operators.lineto, out);
     out.put(i % points_per_line == 0 ? nl : ' ');
   }
   const bool line_is_open = p.n_points > 1 && (p.n_points - 1) % points_per_line != 0;
   if (line_is_open) out.put(nl);
 
-  out.put(operators.end_polygon_token.text);
-  for (const token& t : operators.trailing_operators) out.put(' ').put(t.text);
-  out.put(nl);
+  out.put(operators.end).put(nl);
 }
 
 void reverse(path_store& store, path_index path) {

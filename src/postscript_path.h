@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "setup.h"
+#include "files.h"
 #include "tokens.h"
 
 namespace trellion {
@@ -61,22 +61,32 @@ struct path_store {
   void start_group(std::vector<coord_texts>& vertices, const char* end_of_text);
 };
 
-/// A number of the input that cannot be a coordinate: what is wrong, and where it stands.
-struct bad_coordinate {
-  std::string reason;
-  const char* text;
+/// What can be wrong with a number that should be a coordinate.
+enum class coordinate_fault : std::uint8_t { none, no_value, too_large };
+
+struct coordinate {
+  std::int32_t thousandths = 0;
+  coordinate_fault fault = coordinate_fault::none;
+};
+
+/// The texts that paths are written with.
+struct path_operators {
+  std::string_view moveto;
+  std::string_view lineto;
+  std::string end;  ///< whatever ends a polygon
 };
 
 /// The coordinate that the number at `text` stands for: times 1000, rounded to nearest, halves away
 /// from zero. It ends after eight characters, or where something follows that does not belong to a
-/// number, or at `end`. Throws bad_coordinate when no value can be read or it does not fit 32 bits.
-std::int32_t thousandths(const char* text, const char* end);
+/// number, or at `end`. A fault when no value can be read or it does not fit 32 bits.
+coordinate coordinate_at(const char* text, const char* end);
 
 /// That number as it is written.
 std::string_view coord_text(const char* text, const char* end);
 
 /// Adds a path to the store, of the next `n_points` texts that have no points yet; at least one.
-/// The cursor is left on the last point. Throws bad_coordinate.
+/// The cursor is left on the last point. When a number is no coordinate the path is given up, and
+/// no_path returned: the number is in the first text that has no point then.
 path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store);
 
 /// Makes a path the ring of points that it was when it was added: `n_points` of them, side by side
@@ -88,8 +98,7 @@ path_index copy_path(const path_store& from, path_index path, path_store& to);
 
 /// Writes a path with the given operators, five vertices to a line after the first, beginning at
 /// the cursor. The cursor ends one point before where it was.
-void output(path_store& store, path_index path, const drawing_token_set& operators,
-            text_writer& out);
+void output(path_store& store, path_index path, const path_operators& operators, text_writer& out);
 
 /// Makes the ring run the other way. Each edge keeps its place in the store, that of the point it
 /// starts at: the contents of the points move on by one instead. The cursor stays on its edge.

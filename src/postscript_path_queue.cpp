@@ -4,6 +4,7 @@
 
 #include "fields.h"
 #include "param.h"
+#include "walk.h"
 
 namespace trellion {
 namespace {
@@ -14,6 +15,20 @@ std::string line_of(token_list list, const char* position) {
     const token t = list.take_head();
     if (t.text.data() == position) return std::to_string(t.line_number);
   }
+}
+
+/// Says what is wrong with the first number of a group that cannot be a coordinate, given its
+/// vertex.
+coordinate_error fault_in(const polygon_group& group, const coord_texts& vertex) {
+  const char* const end = group.begin.text_end();
+  const coordinate x = coordinate_at(vertex.x, end);
+  const bool wrong_x = x.fault != coordinate_fault::none;
+  const char* const text = wrong_x ? vertex.x : vertex.y;
+  const coordinate_fault fault = wrong_x ? x.fault : coordinate_at(vertex.y, end).fault;
+  const bool too_large = fault == coordinate_fault::too_large;
+  return coordinate_error("'" + std::string(coord_text(text, end)) + "' is " +
+                          (too_large ? "too large for" : "not") + " a coordinate in line " +
+                          line_of(group.begin, text));
 }
 
 }  // namespace
@@ -56,7 +71,7 @@ void ps_path_queue::append(ps_path_queue& other) {
   other = ps_path_queue(*store_);
 }
 
-void ps_path_queue::output(const drawing_token_set& operators, text_writer& out) const {
+void ps_path_queue::output(const path_operators& operators, text_writer& out) const {
   for (path_index path = first_; path != no_path; path = store_->paths[path].next_path) {
     trellion::output(*store_, path, operators, out);
   }
@@ -78,14 +93,11 @@ ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store,
   ps_path_queue queue(store);
   store.start_group(group.vertices, group.begin.text_end());
   store.paths.reserve(group.n_vertices.size());
-  try {
-    for (const std::uint32_t n_points : group.n_vertices) {
-      const path_index path = tokens_to_ps_path(n_points, store);
-      remove_superfluous_points_v2(store, path);
-      if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);
-    }
-  } catch (const bad_coordinate& bad) {
-    throw coordinate_error(bad.reason + " in line " + line_of(group.begin, bad.text));
+  for (const std::uint32_t n_points : group.n_vertices) {
+    const path_index path = tokens_to_ps_path(n_points, store);
+    if (path == no_path) throw fault_in(group, store.texts[store.points.size()]);
+    remove_superfluous_points_v2(store, path);
+    if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);
   }
   console.put(integer_field(group.last_line, 8)).put(" ; ");
   console.put(integer_field(static_cast<std::int64_t>(store.points.size()), 12));

@@ -5,9 +5,10 @@
 #include <vector>
 
 #include "postscript_path.h"
-#include "walk.h"
 
 namespace trellion {
+
+struct polygon_group;
 
 /// A queue of paths of one store, first in, first out, with running totals. Any path can be taken
 /// out of it, each step in constant time. A path is in one queue at a time.
@@ -16,7 +17,7 @@ class ps_path_queue {
   /// The store must outlive the queue.
   explicit ps_path_queue(path_store& store) : store_(&store) {}
 
-  /// Takes the path in behind the last one. The totals count its points as they are now.
+  /// Takes the path in after the last one. The totals count its points as they are now.
   void add_after_last(path_index path);
   /// Takes out the first path; the queue must not be empty.
   path_index remove_head();
@@ -29,10 +30,10 @@ class ps_path_queue {
   [[nodiscard]] std::int64_t n_paths() const { return n_paths_; }
   [[nodiscard]] std::int64_t total_points() const { return total_points_; }
 
-  /// Moves all paths of the other queue, in their order, behind the last one of this.
+  /// Moves all paths of the other queue, in their order, after the last one of this.
   void append(ps_path_queue& other);
   /// Writes every path in order.
-  void output(const drawing_token_set& operators, text_writer& out) const;
+  void output(const path_operators& operators, text_writer& out) const;
 
  private:
   path_store* store_;
@@ -61,7 +62,7 @@ class strata {
   std::vector<ps_path_queue> queues_;
 };
 
-/// A number of the input that cannot be a coordinate.
+/// A number of the input that cannot be a coordinate: the text says which, and its line.
 class coordinate_error : public run_error {
  public:
   using run_error::run_error;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "fields.h"
@@ -17,16 +18,14 @@
 namespace trellion {
 namespace {
 
-/// The operators to write paths with: those found, or the macro in place of the end of a polygon.
-/// The macro's definition is written unless the rest of the file begins with it.
-drawing_token_set choose_output_operators(const drawing_token_set& operators,
-                                          const fill_macro& macro, const token_list& list,
-                                          text_writer& repaired) {
-  drawing_token_set output_operators = operators;
-  output_operators.end_polygon_token.text = macro.operator_text();
-  const bool defined_here = macro.existing_definition && macro.existing_definition->same_head(list);
-  if (!defined_here) write_definition(macro, repaired);
-  return output_operators;
+/// The texts to write paths with: the operators found, or the macro's in place of the one that ends
+/// a polygon.
+path_operators operators_to_write(const drawing_token_set& found,
+                                  const std::optional<fill_macro>& macro) {
+  path_operators result{found.moveto_token.text, found.lineto_token.text,
+                        std::string(macro ? macro->operator_text() : found.end_polygon_token.text)};
+  for (const token& t : found.trailing_operators) result.end.append(" ").append(t.text);
+  return result;
 }
 
 /// Twice the areas of the paths, their signs left aside.
@@ -42,7 +41,7 @@ area total_area(const path_store& store, const ps_path_queue& queue) {
 /// Joins the polygons of one group and writes what is left of them.
 class group_repair {
  public:
-  group_repair(const run_settings& settings, const drawing_token_set& output_operators,
+  group_repair(const run_settings& settings, const path_operators& output_operators,
                text_writer& console, text_writer& repaired, repair_summary& summary)
       : settings_(settings),
         output_operators_(output_operators),
@@ -123,7 +122,7 @@ class group_repair {
   }
 
   const run_settings& settings_;
-  const drawing_token_set& output_operators_;
+  const path_operators& output_operators_;
   text_writer& console_;
   text_writer& repaired_;
   repair_summary& summary_;
@@ -141,14 +140,17 @@ repair_summary repair(const run_settings& settings, byte_source& input, std::siz
 
   const drawing_token_set operators =
       drawing_token_scan(list, settings.min_separators, settings.verbose, console);
-  drawing_token_set output_operators = operators;
   std::optional<fill_macro> macro;
   if (settings.remove_mesh) {
     macro = pgf_setup(list, settings.verbose, console);
-    output_operators = choose_output_operators(operators, *macro, list, repaired);
+    // The rest of the file can begin with the definition already.
+    const bool defined_here =
+        macro->existing_definition && macro->existing_definition->same_head(list);
+    if (!defined_here) write_definition(*macro, repaired);
   }
   console.put(nl);
 
+  const path_operators output_operators = operators_to_write(operators, macro);
   repair_summary summary;
   walk(list, operators, repaired,
        group_repair(settings, output_operators, console, repaired, summary));

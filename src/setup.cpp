@@ -1,6 +1,6 @@
 #include "setup.h"
 
-#include <unordered_map>
+#include <map>
 
 #include "fields.h"
 #include "param.h"
@@ -23,7 +23,7 @@ class run_pattern {
   std::int64_t read();
 
   drawing_token_set set;  ///< the operators; token_count reaches to `resume`
-  token_list resume;      ///< behind the last polygon, or its last operator that did not vary
+  token_list resume;      ///< after the last polygon, or its last operator that did not vary
 
  private:
   bool read_first_polygon();
@@ -137,7 +137,7 @@ std::string signature(const drawing_token_set& set) {
   return text;
 }
 
-/// True when the macro's body stands at the head of a list, which then moves behind it.
+/// True when the macro's body stands at the head of a list, which then moves past it.
 bool definition_follows(token_list& rest) {
   for (token_list body(macro_body); !body.empty();) {
     if (rest.empty() || tok_neq_tok(rest.take_head(), body.take_head())) return false;
@@ -170,7 +170,8 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
   console.put("Looking for polygon drawing operators...").put(nl).flush();
   if (verbose) console.put("Possible drawing token sets:").put(nl);
 
-  std::unordered_map<std::string, drawing_token_set> candidates;
+  // Ordered: no file can be made to slow it down, as colliding texts do to a hash table.
+  std::map<std::string, drawing_token_set> candidates;
   const drawing_token_set* best = nullptr;
   token_list start = list;
   while (!start.empty()) {
@@ -182,7 +183,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
     run_pattern run(start, min_separators);
     if (run.read() < 2) {
       // Any later start in the same stretch of numbers would meet the same tokens and fail like
-      // this one, and the last number alone cannot start a polygon: go behind the stretch.
+      // this one, and the last number alone cannot start a polygon: go on after the stretch.
       while (!start.empty() && start.take_head().is_number()) {
       }
       continue;

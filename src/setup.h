@@ -43,7 +43,7 @@ struct fill_macro {
 };
 
 /// Chooses a name for the macro that the list does not use for anything else: "/pgf", or that with
-/// as many "x" behind it as it takes. After 100 names that are taken the console gets a fatal line
+/// as many "x" after it as it takes. After 100 names that are taken the console gets a fatal line
 /// and the run ends early.
 fill_macro pgf_setup(const token_list& list, bool verbose, text_writer& console);
 

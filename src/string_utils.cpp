@@ -6,8 +6,8 @@ bool string_is_num(std::string_view text) {
   text = trim_trailing_blanks(text);
   if (text.empty()) return false;
   const char* const end = text.data() + text.size();
-  const char* const behind = skip_number(text.data(), end);
-  return behind == end && is_whole_number(text.data(), behind);
+  const char* const after = skip_number(text.data(), end);
+  return after == end && is_whole_number(text.data(), after);
 }
 
 std::string_view trim_trailing_blanks(std::string_view text) {

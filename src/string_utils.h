@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+/// Recognises numbers, and what ends them: the bytes of which words are made.
+
 namespace trellion {
 
 enum class byte_class : std::uint8_t { other, sign_or_point, digit, blank, brace, line_end };
@@ -55,7 +57,7 @@ inline number_form number_form_of(std::uint64_t word) {
   return {before_point, has_point, static_cast<unsigned>(std::countr_zero(ends)) / 8};
 }
 
-/// Behind the longest beginning of a text that could be one of a number: an optional "-", then
+/// Past the longest beginning of a text that could be one of a number: an optional "-", then
 /// digits with at most one "." among them.
 inline const char* skip_number(const char* p, const char* end) {
   if (p != end && *p == '-') ++p;
@@ -71,8 +73,8 @@ inline const char* skip_number(const char* p, const char* end) {
 
 /// True when what skip_number passed over is a number, given that the word ends there: it must hold
 /// more than a "-". "." and "-." count: they are told apart only where a value is needed.
-inline bool is_whole_number(const char* begin, const char* behind) {
-  return behind - begin > (*begin == '-' ? 1 : 0);
+inline bool is_whole_number(const char* begin, const char* after) {
+  return after - begin > (*begin == '-' ? 1 : 0);
 }
 
 /// True for a text that is a number, blanks at its end left aside. "+1" and "1e5" are none.

@@ -16,7 +16,7 @@ const char* skip_blanks(const char* position, const char* end) {
   return std::find_if(position, end, [](char c) { return c != ' '; });
 }
 
-/// The position behind the line end that stands at `position`.
+/// The position after the line end that stands at `position`.
 const char* skip_line_end(const char* position, const char* end) {
   const bool pair = position[0] == '\r' && end - position > 1 && position[1] == '\n';
   return position + (pair ? 2 : 1);
@@ -54,7 +54,7 @@ void token_list::take_null_token(token& head) {
   head.line_ends = take_line_ends();
 }
 
-/// Moves behind the line ends that follow, blanks before each included, and counts them. The last
+/// Moves past the line ends that follow, blanks before each included, and counts them. The last
 /// line of a text counts as ended even when the text just stops.
 std::int64_t token_list::take_line_ends() {
   std::int64_t count = 0;

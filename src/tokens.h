@@ -82,7 +82,7 @@ class token_list {
   void take_null_token(token& head);
   std::int64_t take_line_ends();
 
-  const char* position_ = nullptr;  // behind the line ends of the token last taken
+  const char* position_ = nullptr;  // after the line ends of the token last taken
   const char* end_ = nullptr;
   std::int64_t line_number_ = 1;
 };
@@ -164,39 +164,39 @@ inline void token_list::take_head(token& head) {
   head.leading_spaces = begin - position_;
   head.line_number = line_number_;
 
-  const char* behind = begin;
+  const char* after = begin;
   head.kind = token_kind::string;
   switch (class_of(*begin)) {
     case byte_class::sign_or_point:
     case byte_class::digit:
-      behind = skip_number(begin, end_);
-      if ((behind == end_ || ends_word(*behind)) && is_whole_number(begin, behind)) {
+      after = skip_number(begin, end_);
+      if ((after == end_ || ends_word(*after)) && is_whole_number(begin, after)) {
         head.kind = token_kind::number;
         break;
       }
       [[fallthrough]];
     case byte_class::other:
-      while (behind != end_ && !ends_word(*behind)) ++behind;
+      while (after != end_ && !ends_word(*after)) ++after;
       break;
     case byte_class::brace:
       head.kind = token_kind::brace;
-      ++behind;
+      ++after;
       break;
-    case byte_class::blank:  // all of them are behind us
+    case byte_class::blank:  // they have been skipped
     case byte_class::line_end: take_null_token(head); return;
   }
-  head.text = {begin, static_cast<std::size_t>(behind - begin)};
+  head.text = {begin, static_cast<std::size_t>(after - begin)};
 
-  const bool plain_text_next = end_ - behind > 1 && static_cast<unsigned char>(behind[1]) > ' ';
-  if (plain_text_next && *behind == ' ') {
-    position_ = behind;
+  const bool plain_text_next = end_ - after > 1 && static_cast<unsigned char>(after[1]) > ' ';
+  if (plain_text_next && *after == ' ') {
+    position_ = after;
     head.line_ends = 0;
-  } else if (plain_text_next && *behind == '\n') {
-    position_ = behind + 1;
+  } else if (plain_text_next && *after == '\n') {
+    position_ = after + 1;
     ++line_number_;
     head.line_ends = 1;
   } else {
-    position_ = behind;
+    position_ = after;
     head.line_ends = take_line_ends();
   }
 }

@@ -25,8 +25,8 @@ class run_matcher {
   /// Returns the number of polygons read. That of the group can be one less.
   std::int64_t read();
 
-  /// Behind the token that broke the run, or the end of the list.
-  [[nodiscard]] const token_list& behind_breaker() const { return tokens_.rest(); }
+  /// After the token that broke the run, or the end of the list.
+  [[nodiscard]] const token_list& after_breaker() const { return tokens_.rest(); }
   /// The token that broke the run, unless the list ended there.
   [[nodiscard]] const token* breaker() const {
     return tokens_.at_end() ? nullptr : &tokens_.last();
@@ -134,16 +134,16 @@ void walk(token_list list, const drawing_token_set& operators, text_writer& out,
     }
     run_matcher run(list, operators, group);
     if (run.read() >= 2) {
-      const token_list behind = group.end;
+      const token_list after = group.end;
       handle_group(group);
-      list = behind;
+      list = after;
     } else if (run.breaker() != nullptr && is_operator(*run.breaker())) {
       // The operator may itself belong to a polygon that starts between the head and it.
       write_token(head, out);
       list = rest;
     } else {
-      purge({list, run.behind_breaker()}, out);
-      list = run.behind_breaker();
+      purge({list, run.after_breaker()}, out);
+      list = run.after_breaker();
     }
   }
 }

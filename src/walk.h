@@ -9,7 +9,8 @@
 
 namespace trellion {
 
-/// A run of two or more consecutive polygons, at times without its last one.
+/// A run of two or more consecutive polygons. In one case, named in walk.cpp, it lacks the last of
+/// them.
 struct polygon_group {
   token_list begin;                       ///< the list that it is the beginning of
   token_list end;                         ///< what follows it

@@ -14,8 +14,7 @@ engine_result run(const std::string& text, Engine engine) {
   captured_text ignored;
   captured_text console;
   captured_text paths;
-  const drawing_token_set operators = mlhf();
-  walk(token_list(text), operators, paths, [&](polygon_group& group) {
+  walk(token_list(text), mlhf(), paths, [&](polygon_group& group) {
     ps_path_queue queue = tokens_to_ps_path_queue(group, store, ignored);
     if (queue.n_paths() < 2) return;
     strata strata = stratify(store, queue);
@@ -25,7 +24,7 @@ engine_result run(const std::string& text, Engine engine) {
       return;
     }
     gather(strata, queue, console);
-    queue.output(operators, paths);
+    queue.output({"m", "l", "h f"}, paths);
   });
   return {console.text(), paths.text()};
 }

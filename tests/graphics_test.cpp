@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support.h"
+#include "walk.h"
 
 namespace trellion::testing {
 namespace {

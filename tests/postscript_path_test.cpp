@@ -22,7 +22,7 @@ path_index path_of(std::string_view numbers, path_store& store) {
 
 std::string written(path_store& store, path_index path) {
   captured_text out;
-  output(store, path, mlhf(), out);
+  output(store, path, {"m", "l", "h f"}, out);
   return out.text();
 }
 
@@ -35,35 +35,42 @@ std::string cleaned(std::string_view numbers) {
 }
 
 /// The coordinate of a number, read from the end of a text and from the middle of a longer one.
-std::int32_t coordinate(const std::string& number) {
+std::int32_t value(const std::string& number) {
   const std::string longer = number + " 123.456 l";
-  const std::int32_t result = thousandths(number.data(), number.data() + number.size());
-  EXPECT_EQ(thousandths(longer.data(), longer.data() + longer.size()), result) << number;
-  return result;
+  const coordinate result = coordinate_at(number.data(), number.data() + number.size());
+  EXPECT_EQ(result.fault, coordinate_fault::none) << number;
+  EXPECT_EQ(coordinate_at(longer.data(), longer.data() + longer.size()).thousandths,
+            result.thousandths)
+      << number;
+  return result.thousandths;
 }
 
 TEST(coordinates, are_thousandths_rounded_away_from_zero) {
-  EXPECT_EQ(coordinate("1"), coordinate("1.000"));
-  EXPECT_EQ(coordinate("0.0005"), 1);
-  EXPECT_EQ(coordinate("-0.0005"), -1);
-  EXPECT_EQ(coordinate(".0004"), 0);
-  EXPECT_EQ(coordinate("-5."), -5000);
+  EXPECT_EQ(value("1"), value("1.000"));
+  EXPECT_EQ(value("0.0005"), 1);
+  EXPECT_EQ(value("-0.0005"), -1);
+  EXPECT_EQ(value(".0004"), 0);
+  EXPECT_EQ(value("-5."), -5000);
   // Every text of digits and a point, against the rounding of the double that it stands for.
   for (const auto* digits : {"0000004", "1000005", "1499999", "0499949", "2147483", "0000355"}) {
     for (std::size_t point = 0; point <= 7; ++point) {
       const std::string number = std::string(digits).insert(point, ".");
       const double scaled = std::strtod(number.c_str(), nullptr) * 1000.0;
-      EXPECT_EQ(coordinate(number), static_cast<std::int64_t>(scaled + 0.5)) << number;
+      EXPECT_EQ(value(number), static_cast<std::int64_t>(scaled + 0.5)) << number;
     }
   }
 }
 
 TEST(coordinates, are_cut_to_eight_characters_and_must_fit) {
-  EXPECT_EQ(coordinate("123.456789"), 123457);  // 123.4567
-  EXPECT_EQ(coordinate("2147483.647"), 2147483000);
-  EXPECT_EQ(coordinate("-2147483.648"), -2147483000);
-  for (const auto* bad : {".", "-.", "2147484.", "-2147484", "12345678"}) {
-    EXPECT_THROW(coordinate(bad), bad_coordinate) << bad;
+  EXPECT_EQ(value("123.456789"), 123457);  // 123.4567
+  EXPECT_EQ(value("2147483.647"), 2147483000);
+  EXPECT_EQ(value("-2147483.648"), -2147483000);
+  const auto fault = [](std::string_view text) {
+    return coordinate_at(text.data(), text.data() + text.size()).fault;
+  };
+  for (const auto* bad : {".", "-."}) EXPECT_EQ(fault(bad), coordinate_fault::no_value) << bad;
+  for (const auto* bad : {"2147484.", "-2147484", "12345678"}) {
+    EXPECT_EQ(fault(bad), coordinate_fault::too_large) << bad;
   }
 }
 
