@@ -64,7 +64,13 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
   command.insert(command.end(), {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
                                  "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000",
                                  "-sOutputFile=-", eps});
-  return read_ppm(output_of(command), max_pixels);
+  try {
+    return read_ppm(output_of(command), max_pixels);
+  } catch (const second_page&) {
+    throw dead_end{verdict::withheld, "it draws more than one page"};
+  } catch (const run_error& error) {
+    throw dead_end{verdict::withheld, std::string("it draws no picture: ") + error.what()};
+  }
 }
 
 pixmap drawing_programs::draw_pdf(const fs::path& pdf, double dpi, antialiasing smooth) const {

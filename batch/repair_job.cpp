@@ -78,21 +78,34 @@ bool is_older(const fs::path& result, const fs::path& input) {
   return !error && written < drawn;
 }
 
-/// Why nothing was joined. A mesh that is drawn in a form that was not recognised is another matter
-/// than one without common edges.
-std::string why_nothing_was_joined(const repair_summary& summary) {
-  const std::int64_t with_area = summary.polygons_read - summary.without_area;
-  if (summary.polygons_read == 0) return "no polygons found";
-  if (with_area == 0) return "no polygons found, only lines";
-  const std::string found = std::to_string(with_area) + " polygons found";
-  return found + ", no two of them share an edge";
+/// Of two ends of one kind the one that found more polygons.
+bool says_more(const file_report& report, const file_report& other) {
+  if (report.result != other.result) return is_graver(report.result, other.result);
+  return report.polygons_before.value_or(0) > other.polygons_before.value_or(0);
 }
 
-/// This program, to be run again as a worker.
-constexpr const char* own_program = "/proc/self/exe";
+/// Why nothing was joined. Where the polygons that were found are next to nothing of the file, its
+/// mesh is drawn in another form, which is another matter than polygons without common edges.
+std::string why_nothing_was_joined(const repair_summary& summary, std::uint64_t n_bytes) {
+  if (summary.polygons_read == 0) return "no polygons found";
+  const std::int64_t with_area = summary.polygons_read - summary.without_area;
+  if (with_area == 0) return "no polygons found, only lines";
+  const std::string count = std::to_string(with_area);
+  if (static_cast<std::uint64_t>(summary.group_bytes) < n_bytes / 10) {
+    return "no mesh recognised: the " + count + " polygons found are less than 10 % of the file";
+  }
+  return "no two of " + count + " polygons share an edge";
+}
 
-/// Ghostscript's rounding moves the colours of a detour by up to three levels of 255.
-constexpr int detour_tolerance = 4;
+/// What is no EPS file is told by its name; what has no name may be a text that works all the same.
+void refuse_other_kinds(file_kind kind) {
+  switch (kind) {
+    case file_kind::pdf: throw dead_end{verdict::failed, "it is a PDF file (try pdftops -eps)"};
+    case file_kind::gzip: throw dead_end{verdict::failed, "it is compressed (gunzip it)"};
+    case file_kind::empty: throw dead_end{verdict::failed, "it is empty"};
+    default: return;
+  }
+}
 
 /// The work on one file. All steps but the last are made in a private directory.
 class repair_job {
@@ -145,6 +158,7 @@ class repair_job {
 };
 
 file_report repair_job::run() {
+  refuse_other_kinds(input_.kind);
   const std::vector<candidate> candidates = repair_all_ways();
   if (std::optional<finding> best = best_of(candidates)) {
     if (reach(best->report, [&] { best->report.result = put_in_place(best->made); })) return best->report;
@@ -169,7 +183,7 @@ bool repair_job::reach(file_report& report, Step step) {
     report.result = verdict::failed;
     report.reason = in_plain_words(error);
   }
-  if (!gravest_ || is_graver(report.result, gravest_->result)) gravest_ = report;
+  if (!gravest_ || says_more(report, *gravest_)) gravest_ = report;
   return false;
 }
 
@@ -276,9 +290,12 @@ const fs::path& repair_job::framed_input() {
 }
 
 void repair_job::check_gain(const candidate& made) const {
+  if (made.summary.area_lost) {
+    throw dead_end{verdict::withheld, "the outlines cover less than the polygons did"};
+  }
   if (options_.keep_all) return;
   if (made.summary.mergers == 0) {
-    throw dead_end{verdict::nothing_to_join, why_nothing_was_joined(made.summary)};
+    throw dead_end{verdict::nothing_to_join, why_nothing_was_joined(made.summary, input_.n_bytes)};
   }
   // Whether closing the mesh is worth its bytes the hairlines tell.
   if (made.n_bytes >= input_.n_bytes && !made.way.remove_mesh) {

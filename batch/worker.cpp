@@ -21,6 +21,7 @@ class no_console : public byte_sink {
 
 constexpr std::array counts = {
     std::pair("groups", &repair_summary::groups),
+    std::pair("group_bytes", &repair_summary::group_bytes),
     std::pair("polygons_read", &repair_summary::polygons_read),
     std::pair("without_area", &repair_summary::without_area),
     std::pair("mergers", &repair_summary::mergers),

@@ -51,6 +51,8 @@ class group_repair {
 
   void operator()(polygon_group& group) {
     console_.put("Group ").put(integer_field(++summary_.groups, 3)).put(':');
+    summary_.group_bytes +=
+        static_cast<std::int64_t>(group.begin.n_bytes() - group.end.n_bytes());
     ps_path_queue queue = tokens_to_ps_path_queue(group, store_, console_);
     if (settings_.careful) {
       repaired_.put(' ');

@@ -11,6 +11,7 @@ namespace trellion {
 /// What a repair has done, for a program that calls it: the console is for people.
 struct repair_summary {
   std::int64_t groups = 0;
+  std::int64_t group_bytes = 0;    ///< of the text that the groups take up
   std::int64_t polygons_read = 0;  ///< those of all groups
   std::int64_t without_area = 0;  ///< of those, the ones that are left with fewer than three points
                                   ///< when they are cleaned: there is nothing to join
