@@ -97,6 +97,12 @@ std::string why_nothing_was_joined(const repair_summary& summary, std::uint64_t 
   return "no two of " + count + " polygons share an edge";
 }
 
+/// This program, to be run again as a worker.
+constexpr const char* own_program = "/proc/self/exe";
+
+/// Ghostscript's rounding moves the colours of a detour by up to three levels of 255.
+constexpr int detour_tolerance = 4;
+
 /// What is no EPS file is told by its name; what has no name may be a text that works all the same.
 void refuse_other_kinds(file_kind kind) {
   switch (kind) {
