@@ -13,12 +13,15 @@
 #include <thread>
 #include <vector>
 
+#include "batch/descriptors.h"
 #include "batch/inputs.h"
+#include "batch/interruption.h"
 #include "batch/options.h"
 #include "batch/private_directory.h"
 #include "batch/process.h"
 #include "batch/progress.h"
 #include "batch/repair_job.h"
+#include "batch/supervisor.h"
 #include "batch/table.h"
 #include "files.h"
 
@@ -47,7 +50,9 @@ std::vector<std::size_t> largest_first(const std::vector<fs::path>& files) {
 /// interruption left undone say so.
 std::vector<file_report> repair_all(const std::vector<fs::path>& files,
                                     const batch_options& options, const interruption& interrupted) {
-  const process_runner runner(interrupted, options.time_limit);
+  const std::uint64_t open_files = raise_file_limit();
+  const child_limits limits{options.time_limit, UINT64_MAX, std::uint64_t{8} << 30};
+  const process_runner runner(interrupted, limits, open_files);
   const std::vector<std::size_t> order = largest_first(files);
   std::vector<file_report> reports(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) reports[i].file = files[i];
@@ -125,6 +130,7 @@ int run(const batch_options& options, const interruption& interrupted) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  supervise_if_asked(argc, argv);
   open_standard_streams();
   // Writing to a closed pipe, or past the file size limit, is to fail, not to kill. How children
   // end is to be known, even when we were started by someone who does not care.

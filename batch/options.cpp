@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <thread>
 
-#include "process.h"
+#include "programs.h"
 
 namespace trellion::batch {
 namespace {

@@ -1,5 +1,7 @@
 #include "repair_job.h"
 
+#include <sys/stat.h>
+
 #include <chrono>
 #include <cstring>
 #include <exception>
@@ -16,6 +18,7 @@
 #include "files.h"
 #include "inputs.h"
 #include "picture.h"
+#include "placing.h"
 #include "private_directory.h"
 #include "trellion_console.h"
 
@@ -23,6 +26,14 @@ namespace trellion::batch {
 namespace {
 
 namespace fs = std::filesystem;
+
+using line_handler = std::function<void(std::string_view line)>;
+
+/// The mode of a file; that of nobody when it cannot be known.
+mode_t mode_of(const fs::path& file) {
+  struct stat status {};
+  return ::stat(file.c_str(), &status) == 0 ? status.st_mode : 0600;
+}
 
 /// A way to a repaired file.
 struct repair_way {
@@ -135,9 +146,8 @@ file_report repair_job::try_way(const repair_way& way) {
     report.bytes_after = static_cast<std::int64_t>(fs::file_size(directory_ / (result + ".eps")));
     check_gain(console, report.bytes_after);
     if (options_.verify) report.picture = compare(result, way.detour);
-    const bool placed =
-        move_into_place(directory_ / (result + ".eps"), result_path(file_),
-                        options_.replace ? existing_file::replace : existing_file::keep);
+    const bool placed = place(directory_ / (result + ".eps"), result_path(file_), mode_of(file_),
+                              options_.replace ? existing_file::replace : existing_file::keep);
     report.result = placed ? verdict::written : verdict::exists;
   } catch (const dead_end& end) {
     report.result = end.result;
@@ -263,10 +273,19 @@ std::string repair_job::failure_of(const std::string& program,
                                    const line_handler& handle_line) {
   std::vector<std::string> command = {program};
   command.insert(command.end(), arguments.begin(), arguments.end());
+  std::string line;
   std::string gs_error;  // on standard output: what is on standard error is less telling
-  const child_result result = runner_.run(command, directory_.path(), [&](std::string_view line) {
-    if (line.starts_with("Error: ") && gs_error.empty()) gs_error = line;
-    if (handle_line) handle_line(line);
+  const child_result result = runner_.run(command, directory_.path(), [&](std::string_view bytes) {
+    for (const char c : bytes) {
+      if (c != '\n') {
+        if (line.size() < 8192) line += c;
+        continue;
+      }
+      if (line.starts_with("Error: ") && gs_error.empty()) gs_error = line;
+      if (handle_line) handle_line(line);
+      line.clear();
+    }
+    return true;
   });
   if (result.how == child_result::ending::interrupted) throw dead_end{verdict::interrupted, {}};
   if (result.succeeded()) return {};
