@@ -54,6 +54,7 @@ void interruption::watch() {
 interruption::~interruption() {
   ::pthread_kill(watcher_.native_handle(), farewell);
   watcher_.join();
+  ::pthread_sigmask(SIG_SETMASK, &former_mask_, nullptr);
 }
 
 bool interruption::requested() const { return signal_number_ != 0; }

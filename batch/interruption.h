@@ -11,7 +11,7 @@ namespace trellion::batch {
 /// Notices SIGINT, SIGTERM, SIGHUP and SIGQUIT, unless they were ignored when it was made, and
 /// gives all threads the time to clean up; another one two seconds later ends the process at once.
 /// To be made before any thread is started: it blocks the signals in this one and those that it
-/// starts.
+/// starts. They are as before when it is destroyed, by the same thread.
 class interruption {
  public:
   interruption();
