@@ -7,8 +7,8 @@
 
 namespace trellion::batch {
 
-/// A new directory that only we can enter, removed with all that is in it at the end of its life. A
-/// locked file in it tells others that its owner lives.
+/// A new directory that only we can enter, removed with all that is in it at the end of its life.
+/// Its name tells host and process; a locked file in it tells others that its owner lives.
 class private_directory {
  public:
   /// Makes it in `parent`, so that what is made in it can be renamed to a place there. Throws
@@ -30,14 +30,8 @@ class private_directory {
   file_descriptor lock_;
 };
 
-/// Removes what private directories a process that was killed has left in `parent`.
+/// Removes what private directories processes of this host and user have left in `parent` when they
+/// were killed. Those of other hosts stay: not every file system tells a lock to all of them.
 void remove_abandoned_directories(const std::filesystem::path& parent);
-
-enum class existing_file { keep, replace };
-
-/// Moves a complete file to its place in one step: at every moment there is the old file, or none,
-/// or all of the new. Returns false when there is one that is to be kept. Throws run_error.
-bool move_into_place(const std::filesystem::path& file, const std::filesystem::path& place,
-                     existing_file treatment);
 
 }  // namespace trellion::batch

@@ -1,310 +1,177 @@
 #include "process.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <csignal>
 #include <system_error>
-#include <utility>
 
 namespace trellion::batch {
 namespace {
 
-constexpr std::array watched_signals = {SIGINT, SIGTERM, SIGHUP};
-constexpr std::size_t max_messages = 4096;
-constexpr std::size_t max_line = 8192;
-constexpr rlim_t max_file_size = rlim_t{8} << 30;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::size_t max_messages = std::size_t{1} << 16;
 constexpr int cannot_be_run = 127;  // as shells have it
-// Sent to the watcher by ourselves, to end it.
-constexpr int farewell = SIGUSR1;
 
-bool is_ignored(int signal_number) {
-  struct sigaction action {};
-  ::sigaction(signal_number, nullptr, &action);
-  return action.sa_handler == SIG_IGN;
-}
-
-bool is_executable(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::is_regular_file(path, ignored) && ::access(path.c_str(), X_OK) == 0;
-}
-
-std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-/// Our environment, with the directory for temporary files replaced.
-std::vector<std::string> environment_with(const std::filesystem::path& temporary) {
-  std::vector<std::string> result = {"TMPDIR=" + temporary.string()};
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    if (std::strncmp(*entry, "TMPDIR=", 7) != 0) result.emplace_back(*entry);
-  }
-  return result;
-}
-
-/// How large files may become: as we may make them, but no larger than the maximum.
-rlimit limit_of_files() {
-  rlimit limit{};
-  ::getrlimit(RLIMIT_FSIZE, &limit);
-  return {std::min(limit.rlim_cur, max_file_size), std::min(limit.rlim_max, max_file_size)};
-}
-
-/// A running program at the head of a process group of its own. Killed and waited for in the end,
-/// unless it has ended before.
-class child_process {
+/// The running time that is left. It is counted in slices: one that took far longer than asked was
+/// no waiting, but this process was stopped, as by Ctrl-Z.
+class running_clock {
  public:
-  child_process(pid_t pid, file_descriptor out, file_descriptor err)
-      : pid_(pid), output_(std::move(out)), messages_(std::move(err)) {}
-  child_process(const child_process&) = delete;
-  child_process& operator=(const child_process&) = delete;
-  ~child_process() {
-    if (ended_) return;
-    ::kill(-pid_, SIGKILL);
-    wait(0);
-  }
+  explicit running_clock(milliseconds limit)
+      : left_(limit), slice_(std::clamp(limit / 16, milliseconds(1), milliseconds(250))) {}
 
-  /// Standard output and standard error.
-  [[nodiscard]] const file_descriptor& output() const { return output_; }
-  [[nodiscard]] const file_descriptor& messages() const { return messages_; }
-  /// Whether it has ended; then `status` holds how.
-  bool has_ended(int& status) {
-    wait(WNOHANG);
-    status = status_;
-    return ended_;
+  /// Milliseconds to wait at most before the next tick.
+  [[nodiscard]] int slice() const { return static_cast<int>(slice_.count()); }
+  void tick() {
+    const steady_clock::time_point now = steady_clock::now();
+    left_ -= std::min<steady_clock::duration>(now - last_, 2 * slice_);
+    last_ = now;
   }
+  [[nodiscard]] bool has_run_out() const { return left_ <= steady_clock::duration::zero(); }
 
  private:
-  void wait(int options) {
-    pid_t found = 0;
-    do {
-      found = ::waitpid(pid_, &status_, options);
-    } while (found < 0 && errno == EINTR);
-    ended_ = found != 0;
-  }
-
-  pid_t pid_;
-  file_descriptor output_;
-  file_descriptor messages_;
-  bool ended_ = false;
-  int status_ = 0;
+  steady_clock::duration left_;
+  milliseconds slice_;
+  steady_clock::time_point last_ = steady_clock::now();
 };
 
-/// What the child does after fork. Nothing may be allocated in it, since another thread could have
-/// been allocating when it was copied.
-[[noreturn]] void become_program(char* const* arguments, char* const* variables,
-                                 const char* directory, std::array<int, 3> streams,
-                                 const sigset_t& signal_mask, const rlimit& file_limit) {
-  ::setpgid(0, 0);
-  std::signal(SIGPIPE, SIG_DFL);
-  std::signal(SIGXFSZ, SIG_DFL);
-  ::pthread_sigmask(SIG_SETMASK, &signal_mask, nullptr);
-  ::setrlimit(RLIMIT_FSIZE, &file_limit);
-  bool ready = ::chdir(directory) == 0;
-  for (int i = 0; i < 3; ++i) {
-    ready = ready && ::dup2(streams[static_cast<std::size_t>(i)], i) >= 0;
-  }
-  if (ready) ::execve(arguments[0], arguments, variables);
-  ::_exit(cannot_be_run);
+/// Reads once into the buffer; nothing at the end.
+std::string_view read_some(const file_descriptor& from, std::vector<char>& buffer) {
+  ssize_t count = 0;
+  do {
+    count = ::read(from.get(), buffer.data(), buffer.size());
+  } while (count < 0 && errno == EINTR);
+  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
 }
 
-child_process start(const std::vector<std::string>& command, const std::filesystem::path& directory,
-                    const sigset_t& signal_mask) {
-  pipe_ends output = make_pipe();
-  pipe_ends messages = make_pipe();
-  const file_descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-  if (nothing.get() < 0) throw system_failure("open", "/dev/null", errno);
-  const std::vector<std::string> environment = environment_with(directory);
-  const std::vector<char*> arguments = pointers_to(command);
-  const std::vector<char*> variables = pointers_to(environment);
-
-  const pid_t pid = ::fork();
-  if (pid < 0) throw system_failure("run", command.front(), errno);
-  if (pid == 0) {
-    become_program(arguments.data(), variables.data(), directory.c_str(),
-                   {nothing.get(), output.write.get(), messages.write.get()}, signal_mask,
-                   limit_of_files());
-  }
-  ::setpgid(pid, pid);  // in the child, too: whoever comes first
-  return {pid, std::move(output.read), std::move(messages.read)};
-}
-
-/// Cuts a stream of bytes into lines.
-class line_cutter {
+/// The end of a stream of messages.
+class last_messages {
  public:
-  explicit line_cutter(const line_handler& handle_line) : handle_line_(handle_line) {}
-
   void add(std::string_view bytes) {
-    for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos;) {
-      line_ += bytes.substr(0, end);
-      handle_line_(line_);
-      line_.clear();
-      bytes.remove_prefix(end + 1);
+    text_ += bytes;
+    if (text_.size() > 2 * max_messages) cut();
+  }
+  /// Without what could steer a terminal: control characters, in UTF-8 as well.
+  std::string shown() {
+    cut();
+    char previous = 0;
+    for (char& c : text_) {
+      const auto code = static_cast<unsigned char>(c);
+      const bool second_half = previous == '\xC2' && code >= 0x80 && code < 0xA0;
+      previous = c;
+      if ((code < ' ' && c != '\n') || code == 0x7F || second_half) c = '?';
     }
-    // Whoever writes no line ends gets no more memory.
-    line_ += bytes.substr(0, max_line - std::min(max_line, line_.size()));
+    return std::move(text_);
   }
 
  private:
-  const line_handler& handle_line_;
-  std::string line_;
+  void cut() { text_.erase(0, text_.size() - std::min(text_.size(), max_messages)); }
+
+  std::string text_;
 };
 
-/// Reads once; false at the end.
-template <class Take>
-bool read_some(const file_descriptor& from, Take take) {
-  std::array<char, 4096> buffer;
-  const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
-  if (count > 0) take(std::string_view(buffer.data(), static_cast<std::size_t>(count)));
-  return count > 0 || (count < 0 && errno == EINTR);
+void add_end(const supervisor_report& end, child_result& result) {
+  if (end.what == supervisor_report::kind::not_started) {
+    result.status = cannot_be_run;
+    result.messages = "cannot be run: " + std::generic_category().message(end.value);
+  } else if (WIFSIGNALED(end.value)) {
+    result.how = child_result::ending::killed;
+    result.status = WTERMSIG(end.value);
+  } else {
+    result.status = WEXITSTATUS(end.value);
+  }
+}
+
+/// The last line that begins as Ghostscript's telling ones do, or else the last of all.
+std::string_view most_telling_line(std::string_view messages) {
+  std::string_view last;
+  std::string_view telling;
+  while (!messages.empty()) {
+    const std::string_view line = messages.substr(0, messages.find('\n'));
+    messages.remove_prefix(std::min(messages.size(), line.size() + 1));
+    if (line.starts_with("Error: ")) telling = line;
+    if (!line.empty()) last = line;
+  }
+  return telling.empty() ? last : telling;
+}
+
+/// How programs say that there is no memory left for them.
+bool tells_of_memory(std::string_view line) {
+  constexpr std::array<std::string_view, 6> words = {
+      "VMerror",        "bad_alloc", "ut of memory", "ot enough memory", "annot allocate memory",
+      "emory exhausted"};
+  return std::ranges::any_of(
+      words, [line](std::string_view word) { return line.find(word) != std::string_view::npos; });
 }
 
 }  // namespace
 
-pipe_ends make_pipe() {
-  std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-    throw run_error("cannot make a pipe: " + std::generic_category().message(errno));
-  }
-  return {file_descriptor(ends[0]), file_descriptor(ends[1])};
-}
-
-interruption::interruption() : wake_(make_pipe()) {
-  ::sigemptyset(&watched_);
-  ::sigaddset(&watched_, farewell);
-  for (const int number : watched_signals) {
-    if (!is_ignored(number)) ::sigaddset(&watched_, number);
-  }
-  ::pthread_sigmask(SIG_BLOCK, &watched_, &former_mask_);
-  watcher_ = std::thread([this] { watch(); });
-}
-
-void interruption::watch() {
-  using std::chrono::steady_clock;
-  // Signals that come together mean one interruption.
-  constexpr auto time_to_clean_up = std::chrono::seconds(2);
-  steady_clock::time_point first;
-  while (true) {
-    siginfo_t info{};
-    const int number = ::sigwaitinfo(&watched_, &info);
-    if (number == farewell && info.si_pid == ::getpid()) return;
-    if (number < 0 || number == farewell) continue;
-    if (requested()) {
-      if (steady_clock::now() - first > time_to_clean_up) end_by_signal();
-      continue;
-    }
-    first = steady_clock::now();
-    signal_number_ = number;
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = ::write(wake_.write.get(), &byte, 1);
-  }
-}
-
-interruption::~interruption() {
-  ::pthread_kill(watcher_.native_handle(), farewell);
-  watcher_.join();
-}
-
-bool interruption::requested() const { return signal_number_ != 0; }
-
-void interruption::end_by_signal() const {
-  if (!requested()) return;
-  std::signal(signal_number_, SIG_DFL);
-  ::pthread_sigmask(SIG_SETMASK, &former_mask_, nullptr);
-  ::raise(signal_number_);
-}
-
 std::string child_result::reason() const {
-  if (how == ending::timed_out) return "takes too long";
-  if (how == ending::interrupted) return "interrupted";
-  if (how == ending::exited && status == cannot_be_run) return "cannot be run";
-  std::string_view rest = messages;
-  while (rest.ends_with('\n')) rest.remove_suffix(1);
-  const std::string_view last = rest.substr(rest.rfind('\n') + 1);
-  if (!last.empty()) return std::string(last);
+  switch (how) {
+    case ending::timed_out: return "takes too long (--time-limit)";
+    case ending::interrupted: return "interrupted";
+    case ending::stopped: return "writes more than expected";
+    case ending::killed:
+      if (status == SIGXFSZ) return "writes too much";
+      break;
+    case ending::exited: break;
+  }
+  const std::string_view line = most_telling_line(messages);
+  if (tells_of_memory(line)) return "needs too much memory";
+  if (!line.empty()) return std::string(line);
   return (how == ending::killed ? "killed by signal " : "exit status ") + std::to_string(status);
 }
 
 child_result process_runner::run(const std::vector<std::string>& command,
-                                 const std::filesystem::path& directory,
-                                 const line_handler& handle_line) const {
-  using namespace std::chrono;
-  const auto deadline = steady_clock::now() + time_limit_;
-  child_process child = start(command, directory, interrupted_.former_mask());
+                                 const std::filesystem::path& directory, const output_taker& take,
+                                 const child_limits& limits) const {
+  using ending = child_result::ending;
+  running_clock clock(limits.running_time);
+  child program(command, directory, limits, {interrupted_.former_mask(), open_files_});
 
   child_result result;
-  line_cutter lines(handle_line);
-  const auto take_message = [&result](std::string_view bytes) {
-    const std::size_t room = max_messages - std::min(max_messages, result.messages.size());
-    result.messages += bytes.substr(0, room);
-  };
-  std::array<pollfd, 3> watched = {{{child.output().get(), POLLIN, 0},
-                                    {child.messages().get(), POLLIN, 0},
+  last_messages messages;
+  std::vector<char> buffer(std::size_t{1} << 16);
+  std::array<pollfd, 4> watched = {{{program.output().get(), POLLIN, 0},
+                                    {program.messages().get(), POLLIN, 0},
+                                    {program.lifeline().get(), POLLIN, 0},
                                     {interrupted_.descriptor(), POLLIN, 0}}};
-  int status = 0;
-  while (true) {
-    // A descriptor of -1 is left alone by poll: that stream has ended. When both have, the child
-    // has in all likelihood, too; should it go on, it is looked at now and then.
-    const bool streams_ended = watched[0].fd < 0 && watched[1].fd < 0;
-    if (streams_ended && child.has_ended(status)) break;
-    const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
-    const std::int64_t longest = streams_ended ? 5 : 60'000;
-    const int timeout = static_cast<int>(std::clamp<std::int64_t>(left, 0, longest));
+  auto& [output, errors, lifeline, interrupt] = watched;
+  bool ended = false;
+  while (result.how == ending::exited) {
     for (pollfd& stream : watched) stream.revents = 0;
-    ::poll(watched.data(), watched.size(), timeout);
-    if (watched[2].revents != 0) result.how = child_result::ending::interrupted;
-    if (left <= 0) result.how = child_result::ending::timed_out;
-    if (result.how != child_result::ending::exited) return result;
-    if (watched[0].revents != 0 &&
-        !read_some(child.output(), [&lines](std::string_view bytes) { lines.add(bytes); })) {
-      watched[0].fd = -1;
+    // When the program has ended, what it wrote is there already. A stream may stay open longer:
+    // a process that has left the group may hold it.
+    ::poll(watched.data(), watched.size(), ended ? 0 : clock.slice());
+    clock.tick();
+    const bool nothing_to_read = output.revents == 0 && errors.revents == 0;
+    if (ended && (nothing_to_read || clock.has_run_out())) break;
+    if (output.revents != 0) {
+      const std::string_view bytes = read_some(program.output(), buffer);
+      if (bytes.empty()) output.fd = -1;  // poll leaves it alone
+      if (!bytes.empty() && !take(bytes)) result.how = ending::stopped;
     }
-    if (watched[1].revents != 0 && !read_some(child.messages(), take_message)) watched[1].fd = -1;
+    if (errors.revents != 0) {
+      const std::string_view bytes = read_some(program.messages(), buffer);
+      if (bytes.empty()) errors.fd = -1;
+      messages.add(bytes);
+    }
+    if (lifeline.revents != 0) {
+      ended = true;
+      lifeline.fd = -1;
+    }
+    if (!ended && clock.has_run_out()) result.how = ending::timed_out;
+    if (interrupt.revents != 0) result.how = ending::interrupted;
   }
-
-  if (WIFSIGNALED(status)) result.how = child_result::ending::killed;
-  result.status = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+  result.messages = messages.shown();
+  if (result.how == ending::exited) add_end(program.end(), result);
   return result;
-}
-
-std::optional<std::string> find_program(const std::string& name) {
-  const char* const variable = std::getenv("PATH");
-  std::string_view path = variable == nullptr ? "" : variable;
-  while (!path.empty()) {
-    const std::string_view entry = path.substr(0, path.find(':'));
-    path.remove_prefix(std::min(path.size(), entry.size() + 1));
-    const std::filesystem::path candidate = std::filesystem::path(entry) / name;
-    if (is_executable(candidate)) return std::filesystem::absolute(candidate).string();
-  }
-  return std::nullopt;
-}
-
-std::optional<std::string> find_program_beside(const std::string& name, const std::string& other) {
-  const bool has_directory = other.find('/') != std::string::npos;
-  const std::optional<std::string> called = has_directory ? other : find_program(other);
-  std::error_code unknown;
-  const std::filesystem::path real = std::filesystem::canonical(called.value_or(""), unknown);
-  const std::filesystem::path beside = real.parent_path() / name;
-  if (!unknown && is_executable(beside)) return beside.string();
-  return find_program(name);
-}
-
-void open_standard_streams() {
-  for (int i = STDIN_FILENO; i <= STDERR_FILENO; ++i) {
-    // The lowest descriptor that is free is the one wanted. Reading from it gives nothing.
-    if (::fcntl(i, F_GETFD) < 0) [[maybe_unused]]
-      const int opened = ::open("/dev/null", O_RDONLY);
-  }
 }
 
 }  // namespace trellion::batch
