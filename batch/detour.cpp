@@ -27,12 +27,12 @@ bool is_about_page(std::string_view line) {
 }
 
 /// The comments that the original has on its page, as lines.
-std::string page_lines(const eps_page& original, const page_frame& frame) {
+std::string page_lines(const eps_page& original) {
   std::string lines;
   if (!original.title_line.empty()) lines += original.title_line + '\n';
   const auto is_plain = [](const std::string& line) { return line.starts_with("%%BoundingBox:"); };
   if (std::none_of(original.box_lines.begin(), original.box_lines.end(), is_plain)) {
-    lines += bounding_box_line(frame) + '\n';
+    lines += bounding_box_line(frame_of(original.box.value())) + '\n';
   }
   for (const std::string& line : original.box_lines) lines += line + '\n';
   return lines;
@@ -53,8 +53,8 @@ bool has_calibrated_colours_only(std::string_view eps) {
          page.find("/DeviceCMYK") == std::string_view::npos;
 }
 
-std::string with_page_of(std::string_view detoured, const eps_page& original) {
-  const page_frame frame = frame_of(original.box.value());
+std::string with_page_of(std::string_view detoured, const eps_page& original,
+                         const page_frame& frame) {
   const std::optional<bounding_box> box = read_page(detoured).box;
   if (!box || frame_of(*box) != page_frame{0, 0, frame.width, frame.height}) {
     throw run_error("pdftops: the page has another size");
@@ -74,7 +74,7 @@ std::string with_page_of(std::string_view detoured, const eps_page& original) {
     const std::string_view line = header.substr(0, header.find('\n') + 1);
     header.remove_prefix(line.size());
     if (!is_about_page(line)) result += line;
-    if (is_first) result += page_lines(original, frame);
+    if (is_first) result += page_lines(original);
   }
   result += rest;
   if (frame.left != 0 || frame.bottom != 0) {

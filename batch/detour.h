@@ -20,8 +20,10 @@ bool is_one_bitmap(std::string_view eps);
 bool has_calibrated_colours_only(std::string_view eps);
 
 /// Gives a file that pdftops has written the title, the boxes and the origin of the file that it
-/// was made from by way of a PDF with a page of just the frame of its box. `original` has a box.
-/// Throws run_error when that is not its page, or the page is not to be found.
-std::string with_page_of(std::string_view detoured, const eps_page& original);
+/// was made from by way of a PDF with a page of just the frame. What lay outside of the frame is
+/// lost, which a document shows that does not cut its figures: a margin saves it. `original` has a
+/// box. Throws run_error when the page has another size or is not to be found.
+std::string with_page_of(std::string_view detoured, const eps_page& original,
+                         const page_frame& frame);
 
 }  // namespace trellion::batch

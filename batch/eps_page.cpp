@@ -168,11 +168,11 @@ std::string_view postscript(std::string_view file) {
   return file.substr(offset, length);
 }
 
-page_frame frame_of(const bounding_box& box) {
-  const auto left = static_cast<std::int64_t>(std::floor(box.left));
-  const auto bottom = static_cast<std::int64_t>(std::floor(box.bottom));
-  const auto right = static_cast<std::int64_t>(std::ceil(box.right));
-  const auto top = static_cast<std::int64_t>(std::ceil(box.top));
+page_frame frame_of(const bounding_box& box, std::int64_t margin) {
+  const std::int64_t left = static_cast<std::int64_t>(std::floor(box.left)) - margin;
+  const std::int64_t bottom = static_cast<std::int64_t>(std::floor(box.bottom)) - margin;
+  const std::int64_t right = static_cast<std::int64_t>(std::ceil(box.right)) + margin;
+  const std::int64_t top = static_cast<std::int64_t>(std::ceil(box.top)) + margin;
   return {left, bottom, right - left, top - bottom};
 }
 

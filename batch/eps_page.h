@@ -44,7 +44,8 @@ struct page_frame {
   bool operator==(const page_frame&) const = default;
 };
 
-page_frame frame_of(const bounding_box& box);
+/// The frame of a box, with as many points more on each side.
+page_frame frame_of(const bounding_box& box, std::int64_t margin = 0);
 
 /// What the comments of a file say about its page.
 struct eps_page {

@@ -40,15 +40,15 @@ const std::string end = "pdfEndPage\n%%Trailer\n%%EOF\n";
 
 TEST(detour, gets_the_boxes_and_the_origin_of_its_input) {
   const std::string lines =
-      "%%Title: t\n%%BoundingBox: -1 2 4 4\n%%HiResBoundingBox: -0.5 2 3.25 4\n";
+      "%%Title: t\n%%BoundingBox: 0 3 3 4\n%%HiResBoundingBox: 0.5 3 2.25 4\n";
   const std::string detoured = begin + box + prolog + page + content + end;
-  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + lines)),
+  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + lines), {-1, 2, 5, 2}),
             "%!PS-Adobe-3.0 EPSF-3.0\n" + lines + "%Produced\n" + prolog + page +
                 "-1 2 translate\n" + content + end);
 
   // A file must have a box in whole points, and one at the origin needs nothing else.
   const std::string fine = "%%HiResBoundingBox: 0 0 4.5 2\n";
-  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + fine)),
+  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + fine), {0, 0, 5, 2}),
             "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 5 2\n" + fine + "%Produced\n" + prolog +
                 page + content + end);
 }
@@ -60,7 +60,7 @@ TEST(detour, is_refused_with_another_page_or_none) {
       "", begin + prolog + page + content, begin + turned + prolog + page + content,
       begin + box + prolog + content + end, begin + box + page + prolog + content};
   for (const std::string& detoured : others) {
-    EXPECT_THROW(with_page_of(detoured, original), run_error) << detoured;
+    EXPECT_THROW(with_page_of(detoured, original, {-1, 2, 5, 2}), run_error) << detoured;
   }
 }
 

@@ -85,6 +85,7 @@ TEST(eps_page, finds_postscript_by_its_first_bytes) {
 TEST(eps_page, frames_the_points_that_a_box_touches) {
   const batch::page_frame frame = batch::frame_of({-0.5, 2, 3.25, 4});
   EXPECT_EQ(frame, (batch::page_frame{-1, 2, 5, 2}));
+  EXPECT_EQ(batch::frame_of({-0.5, 2, 3.25, 4}, 3), (batch::page_frame{-4, -1, 11, 8}));
   const std::string head = batch::framing_head(frame);
   EXPECT_EQ(read_page(head).box, (bounding_box{-1, 2, 4, 4}));
   EXPECT_NE(head.find("{ 1 -2 translate }"), std::string::npos);
