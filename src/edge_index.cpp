@@ -58,7 +58,7 @@ edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
       crowd_size_(crowd_size),
       links_(store.points.size()),
       ranks_(store.paths.size()),
-      share_of_(0, share_hash{keys_.last_factor}) {
+      more_shares_(0, share_hash{keys_.last_factor}) {
   if (store.paths.size() > owner_mask) throw run_error("a group has too many polygons");
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
   resize_table(store.points.size() + store.points.size() / 2);
@@ -234,6 +234,7 @@ bool edge_index::gather_crowd(edge e) {
 void edge_index::make_crowd(edge member) {
   const auto id = static_cast<crowd_id>(crowds_.size());
   crowds_.emplace_back();
+  first_share_.resize(ranks_.size(), no_share);
   edge e = member;
   do {
     const edge next = links_[e].next_alike;
@@ -262,14 +263,29 @@ void edge_index::remove_from_crowd(edge e) {
 }
 
 void edge_index::enter_share(edge e, crowd_id id, path_index path) {
-  const auto [found, added] = share_of_.try_emplace(std::uint64_t{id} << 32 | path,
-                                                    static_cast<std::uint32_t>(shares_.size()));
-  if (added) shares_.push_back({nobody.order, path, id, 0});
-  links_[e].next_alike = found->second;
-  share& own = shares_[found->second];
+  const share_number number = share_of(id, path);
+  links_[e].next_alike = number;
+  share& own = shares_[number];
   if (++own.n_edges > 1) return;
   own.listed = ranks_[path];
-  crowds_[id].by_rank.push({own.listed, found->second});
+  crowds_[id].by_rank.push({own.listed, number});
+}
+
+/// The share of a path in a crowd, an empty one when it has none yet.
+edge_index::share_number edge_index::share_of(crowd_id id, path_index path) {
+  const auto next = static_cast<share_number>(shares_.size());
+  share_number& first = first_share_[path];
+  if (first == no_share) {
+    first = next;
+  } else if (shares_[first].crowd == id) {
+    return first;
+  } else {
+    const std::uint64_t key = std::uint64_t{id} << 32 | path;
+    const auto [found, added] = more_shares_.try_emplace(key, next);
+    if (!added) return found->second;
+  }
+  shares_.push_back({nobody.order, path, id, 0});
+  return next;
 }
 
 void edge_index::move_to_share_of(path_index path, edge e) {

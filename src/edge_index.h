@@ -170,6 +170,9 @@ class edge_index {
     std::vector<edge> edges;  // also some that have left
   };
 
+  using share_number = std::uint32_t;
+  static constexpr share_number no_share = UINT32_MAX;
+
   struct share {
     rank listed;  // in the crowd's heap
     path_index path;
@@ -209,6 +212,7 @@ class edge_index {
   void enter_crowd(edge e, crowd_id id);
   void remove_from_crowd(edge e);
   void enter_share(edge e, crowd_id id, path_index path);
+  share_number share_of(crowd_id id, path_index path);
   void move_to_share_of(path_index path, edge e);
   ranked updated_top(crowd_id id);
   ranked first_neighbour_in_bundle(edge e);
@@ -225,8 +229,9 @@ class edge_index {
   std::array<staged_edge, 16> staged_{};  // a ring: the oldest is overwritten by the next
   std::size_t n_staged_ = 0;              // ever
   std::vector<crowd> crowds_;
-  std::vector<share> shares_;  // all that have ever been
-  std::unordered_map<std::uint64_t, std::uint32_t, share_hash> share_of_;  // by crowd and path
+  std::vector<share> shares_;              // all that have ever been
+  std::vector<share_number> first_share_;  // by path: most have edges in one crowd only
+  std::unordered_map<std::uint64_t, share_number, share_hash> more_shares_;  // by crowd and path
   std::vector<crowd_change> crowd_changes_;
 };
 
