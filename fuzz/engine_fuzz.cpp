@@ -35,9 +35,10 @@ std::vector<testing::polygon> polygons_from(std::string_view bytes) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   // Small sizes put the structures for large paths and crowds to work on small groups.
-  constexpr std::array<engine_sizes, 4> all_sizes = {{{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}}};
+  constexpr std::array<engine_sizes, 6> all_sizes = {
+      {{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}, {3, 1, 0}, {6, 1, 64}}};
   const std::int32_t merge_limit = data[0] & 7;
-  const engine_sizes sizes = all_sizes[data[0] >> 3 & 3];
+  const engine_sizes sizes = all_sizes[(data[0] >> 3) % all_sizes.size()];
 
   const std::string text =
       testing::to_postscript(polygons_from(fuzzing::as_text(data + 1, size - 1)));

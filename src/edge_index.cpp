@@ -2,20 +2,41 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
+#include <random>
 
 namespace trellion {
 namespace {
 
-constexpr auto later = [](const ranked_edge& a, const ranked_edge& b) { return a.order > b.order; };
+constexpr auto later = [](const ranked& a, const ranked& b) { return a.order > b.order; };
 
 std::uint64_t packed(const ps_point& p) {
   return std::uint64_t{static_cast<std::uint32_t>(p.coords[0])} << 32 |
          static_cast<std::uint32_t>(p.coords[1]);
 }
 
+std::uint64_t drawn_number(std::random_device& source) {
+  static_assert(std::random_device::max() == UINT32_MAX);
+  const std::uint64_t upper = source();
+  return upper << 32 | source();
+}
+
+/// Drawn once: a file can have very many groups, each with an index.
+const hash_keys& drawn_keys() {
+  static const hash_keys keys = [] {
+    std::random_device source;
+    return hash_keys{drawn_number(source), drawn_number(source), drawn_number(source) | 1};
+  }();
+  return keys;
+}
+
+/// The product of the halves. For two numbers that differ, the difference of it at k plus the one
+/// and k plus the other is rarely any given number, whatever k is.
+std::uint64_t folded(std::uint64_t n) { return (n >> 32) * (n & UINT32_MAX); }
+
 }  // namespace
 
-void lazy_heap::push(ranked_edge entry) {
+void lazy_heap::push(ranked entry) {
   entries_.push_back(entry);
   std::ranges::push_heap(entries_, later);
 }
@@ -33,9 +54,11 @@ void lazy_heap::change_top(rank order) {
 
 edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
     : store_(store),
+      keys_(drawn_keys()),
       crowd_size_(crowd_size),
       links_(store.points.size()),
-      ranks_(store.paths.size()) {
+      ranks_(store.paths.size()),
+      more_shares_(0, share_hash{keys_.last_factor}) {
   if (store.paths.size() > owner_mask) throw run_error("a group has too many polygons");
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
   resize_table(store.points.size() + store.points.size() / 2);
@@ -74,13 +97,15 @@ bool edge_index::lie_alike(edge a, edge b) const {
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
-/// The same for both directions of an edge.
+/// The same for both directions of an edge. Two edges hash alike with a chance of about 2 to the
+/// power -31, taken over the keys, whichever edges they are.
 std::uint64_t edge_index::hash(edge e) const {
   const ps_point& p = store_.points[e];
   const std::uint64_t a = packed(p);
   const std::uint64_t b = packed(store_.points[p.next]);
-  const std::uint64_t h = std::min(a, b) * 0x9e3779b97f4a7c15 + std::max(a, b) * 0xc2b2ae3d27d4eb4f;
-  return (h ^ h >> 32) * 0xd6e8feb86659fd93;
+  const std::uint64_t h =
+      folded(std::min(a, b) + keys_.smaller_point) + folded(std::max(a, b) + keys_.larger_point);
+  return (h ^ h >> 32) * keys_.last_factor;
 }
 
 void edge_index::add(edge e) { add_hashed(e, hash(e)); }
@@ -119,8 +144,7 @@ void edge_index::join(edge e, edge head) {
   old.head = false;
   links_[e] = {old.next_alike, links_[e].owner, true, true, old.crowded};
   if (old.crowded) {
-    crowd_of_[e] = crowd_of_.at(head);
-    announce_to_crowd(e);
+    enter_crowd(e, crowd_of(head));
   } else {
     old.next_alike = e;
   }
@@ -185,71 +209,131 @@ void edge_index::resize_table(std::size_t least_slots) {
   }
 }
 
-ranked_edge edge_index::first_neighbour_in_bundle(edge e) {
-  if (links_[e].crowded) return first_neighbour_in_crowd(e);
-  ranked_edge first = nobody;
-  std::uint32_t bundle_size = 1;
+ranked edge_index::first_neighbour_in_bundle(edge e) {
   const path_index own = owner(e);
-  for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) {
-    if (++bundle_size > crowd_size_) {
-      make_crowd(e);
-      return first_neighbour_in_crowd(e);
-    }
-    if (owner(other) == own) continue;
-    const rank order = ranks_[owner(other)];
-    if (order < first.order) first = {order, other};
-  }
+  if (gather_crowd(e)) return first_in_crowd(crowd_of(e), own);
+  ranked first = nobody;
+  for_each_alike(e, [&](edge other) {
+    const path_index path = owner(other);
+    if (path != own && ranks_[path] < first.order) first = {ranks_[path], path};
+  });
   return first;
 }
 
+bool edge_index::gather_crowd(edge e) {
+  if (links_[e].crowded) return true;
+  std::uint32_t bundle_size = 1;
+  for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) {
+    if (++bundle_size <= crowd_size_) continue;
+    make_crowd(e);
+    return true;
+  }
+  return false;
+}
+
 void edge_index::make_crowd(edge member) {
-  lazy_heap& crowd = crowds_.emplace_back();
-  const auto admit = [&](edge e) {
-    links_[e].crowded = true;
-    crowd_of_[e] = crowds_.size() - 1;
-    crowd.push({ranks_[owner(e)], e});
-    newly_crowded_.push_back(e);
-  };
-  for_each_alike(member, admit);
-  admit(member);
+  const auto id = static_cast<crowd_id>(crowds_.size());
+  crowds_.emplace_back();
+  first_share_.resize(ranks_.size(), no_share);
+  edge e = member;
+  do {
+    const edge next = links_[e].next_alike;
+    enter_crowd(e, id);
+    crowd_changes_.push_back({e, id});
+    e = next;
+  } while (e != member);
 }
 
-void edge_index::announce_to_crowd(edge e) { crowds_[crowd_of_.at(e)].push({ranks_[owner(e)], e}); }
-
-bool edge_index::is_member(edge e, std::size_t crowd) const {
-  const auto found = crowd_of_.find(e);
-  return found != crowd_of_.end() && found->second == crowd;
+void edge_index::enter_crowd(edge e, crowd_id id) {
+  links_[e].crowded = true;
+  crowds_[id].edges.push_back(e);
+  enter_share(e, id, owner(e));
 }
 
-/// The member's entries stay in the heap; they are dropped when they come to the top.
 void edge_index::remove_from_crowd(edge e) {
-  const std::size_t id = crowd_of_.at(e);
-  lazy_heap& crowd = crowds_[id];
-  crowd_of_.erase(e);
+  const crowd_id id = crowd_of(e);
+  --shares_[links_[e].next_alike].n_edges;
   links_[e].crowded = false;
   links_[e].indexed = false;
+  crowd_changes_.push_back({e, id});
   if (!links_[e].head) return;
-  while (!crowd.empty() && !is_member(crowd.top().at, id)) crowd.pop();
-  if (!crowd.empty()) replace_head(e, crowd.top().at);
+  std::vector<edge>& edges = crowds_[id].edges;
+  while (!edges.empty() && !is_member(edges.back(), id)) edges.pop_back();
+  if (!edges.empty()) replace_head(e, edges.back());
 }
 
-/// An edge of the same path comes to the top only when no other path of the crowd has a smaller
-/// rank than the path will have when it is filed: then there is nobody to join.
-ranked_edge edge_index::first_neighbour_in_crowd(edge e) {
-  const std::size_t id = crowd_of_.at(e);
-  lazy_heap& crowd = crowds_[id];
-  while (!crowd.empty()) {
-    const ranked_edge top = crowd.top();
-    const rank order = ranks_[owner(top.at)];
-    if (!is_member(top.at, id)) {
-      crowd.pop();
+void edge_index::enter_share(edge e, crowd_id id, path_index path) {
+  const share_number number = share_of(id, path);
+  links_[e].next_alike = number;
+  share& own = shares_[number];
+  if (++own.n_edges > 1) return;
+  own.listed = ranks_[path];
+  crowds_[id].by_rank.push({own.listed, number});
+}
+
+/// The share of a path in a crowd, an empty one when it has none yet.
+edge_index::share_number edge_index::share_of(crowd_id id, path_index path) {
+  const auto next = static_cast<share_number>(shares_.size());
+  share_number& first = first_share_[path];
+  if (first == no_share) {
+    first = next;
+  } else if (shares_[first].crowd == id) {
+    return first;
+  } else {
+    const std::uint64_t key = std::uint64_t{id} << 32 | path;
+    const auto [found, added] = more_shares_.try_emplace(key, next);
+    if (!added) return found->second;
+  }
+  shares_.push_back({nobody.order, path, id, 0});
+  return next;
+}
+
+void edge_index::move_to_share_of(path_index path, edge e) {
+  share& old = shares_[links_[e].next_alike];
+  --old.n_edges;
+  enter_share(e, old.crowd, path);
+}
+
+void edge_index::announce_to_crowd(edge e) {
+  share& own = shares_[links_[e].next_alike];
+  const rank order = ranks_[own.path];
+  if (order >= own.listed) return;
+  own.listed = order;
+  crowds_[own.crowd].by_rank.push({order, links_[e].next_alike});
+}
+
+/// Brings the top of a crowd's heap up to date.
+ranked edge_index::updated_top(crowd_id id) {
+  lazy_heap& by_rank = crowds_[id].by_rank;
+  while (!by_rank.empty()) {
+    const ranked top = by_rank.top();
+    share& first = shares_[top.what];
+    const rank order = ranks_[first.path];
+    if (first.n_edges == 0 || first.listed != top.order) {
+      by_rank.pop();
     } else if (order != top.order) {
-      crowd.change_top(order);
+      first.listed = order;
+      by_rank.change_top(order);
     } else {
-      return owner(top.at) == owner(e) ? nobody : top;
+      return top;
     }
   }
   return nobody;
+}
+
+/// Takes the other path's entries off the heap for the time of the look, when they are in the way:
+/// there can be more than one of the same rank, left from when its share was empty.
+ranked edge_index::first_in_crowd(crowd_id id, path_index other_than) {
+  lazy_heap& by_rank = crowds_[id].by_rank;
+  ranked own = nobody;
+  ranked top = updated_top(id);
+  for (; !by_rank.empty() && shares_[top.what].path == other_than; top = updated_top(id)) {
+    own = top;
+    by_rank.pop();
+  }
+  const ranked first = by_rank.empty() ? nobody : ranked{top.order, shares_[top.what].path};
+  if (own.order != nobody.order) by_rank.push(own);
+  return first;
 }
 
 }  // namespace trellion

@@ -17,28 +17,39 @@ using edge = point_index;
 /// was filed under, then a running number. Smaller comes first.
 using rank = std::uint64_t;
 
-/// An edge with the rank of the path that owns it, or that it leads to.
-struct ranked_edge {
+/// A number of its own for each crowd of edges that has ever been.
+using crowd_id = std::uint32_t;
+
+/// A path with its rank, or something else that stands where a path does.
+struct ranked {
   rank order;
-  edge at;
+  std::uint32_t what;
 };
 
-/// What stands for no edge: it comes after all others.
-inline constexpr ranked_edge nobody = {UINT64_MAX, no_point};
+/// What stands for no path: it comes after all others.
+inline constexpr ranked nobody = {UINT64_MAX, no_path};
 
-/// A heap of ranked edges, the smallest rank on top, whose ranks may have become too small since
-/// they were pushed. Whoever looks at the top brings it up to date.
+/// A heap, the smallest rank on top, whose ranks may have become too small since they were pushed.
+/// Whoever looks at the top brings it up to date.
 class lazy_heap {
  public:
-  void push(ranked_edge entry);
+  void push(ranked entry);
   void pop();
   /// Gives the top entry another rank.
   void change_top(rank order);
   [[nodiscard]] bool empty() const { return entries_.empty(); }
-  [[nodiscard]] ranked_edge top() const { return entries_.front(); }
+  [[nodiscard]] ranked top() const { return entries_.front(); }
 
  private:
-  std::vector<ranked_edge> entries_;
+  std::vector<ranked> entries_;
+};
+
+/// What the hashes are made with. It is drawn anew for every run, or figures could be made whose
+/// edges all hash alike; nothing but the time depends on it.
+struct hash_keys {
+  std::uint64_t smaller_point;
+  std::uint64_t larger_point;
+  std::uint64_t last_factor;  // odd
 };
 
 /// Knows which edges of different paths lie between the same two points, whatever their directions.
@@ -46,8 +57,8 @@ class lazy_heap {
 /// Edges that lie alike form a bundle: a ring of links through the edges themselves, so that the
 /// partners of an edge are found without a look-up. A hash table leads from two points to one edge
 /// of the bundle, its head; only adding an edge, and removing the head of a bundle that lives on,
-/// touch it. A bundle of many edges becomes a crowd, which keeps its edges in a heap by rank
-/// instead.
+/// touch it. A bundle of many edges becomes a crowd, which keeps the paths of its edges in a heap
+/// by rank instead, each path once, however many of the edges it has.
 ///
 /// A slot holds an edge and, in the bits that edges of this index do not need, a part of its hash,
 /// so that most slots of other bundles are told apart without a look at their edges.
@@ -58,8 +69,11 @@ class lazy_heap {
 ///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
 ///    bundle in the meantime does no harm: what it holds is compared with what is looked for. So an
 ///    edge can stand in two slots, and whichever is met first serves.
-/// 3. In a crowd's heap every edge of the crowd has an entry of its path's rank or less. A crowd
-///    stays one when it shrinks, and the links between its edges mean nothing.
+/// 3. The edges that one path has in a crowd are its share, whose number stands in each of them
+///    where the link to the next edge of a bundle is. The crowd's heap has an entry for every share
+///    that is not empty, of the path's rank or less; the share tells the rank of that entry. An
+///    entry of another rank, or of an empty share, is left from before. A crowd stays one when it
+///    shrinks.
 class edge_index {
  public:
   /// Makes room for the edges of the store, which must outlive the index, and indexes none.
@@ -72,7 +86,10 @@ class edge_index {
   /// Gives a path that is filed again its rank.
   void set_rank(path_index path, rank order) { ranks_[path] = order; }
   /// Makes an edge belong to another path.
-  void set_owner(edge e, path_index path) { links_[e].owner = path & owner_mask; }
+  void set_owner(edge e, path_index path) {
+    if (links_[e].crowded) move_to_share_of(path, e);
+    links_[e].owner = path & owner_mask;
+  }
 
   /// Indexes an edge, where its two points are now. It must not be indexed.
   void add(edge e);
@@ -96,15 +113,15 @@ class edge_index {
     return pair ? other : no_point;
   }
 
-  /// An edge that lies like e and belongs to another path, the first of those paths in rank; nobody
-  /// when there is none, or, in a crowd, when e's own path comes first.
-  [[nodiscard]] ranked_edge first_neighbour(edge e) {
+  /// The first in rank of the other paths that have an edge that lies like e; nobody when there is
+  /// none.
+  [[nodiscard]] ranked first_neighbour(edge e) {
     const link& l = links_[e];
     const edge other = l.next_alike;
     const bool few = !l.crowded && links_[other].next_alike == e;  // alone, or one of a pair
     if (!few) return first_neighbour_in_bundle(e);
     const path_index owner = links_[other].owner;
-    return owner == l.owner ? nobody : ranked_edge{ranks_[owner], other};
+    return owner == l.owner ? nobody : ranked{ranks_[owner], owner};
   }
 
   /// Calls f with every other edge that lies like e, which must not be crowded.
@@ -113,16 +130,32 @@ class edge_index {
     for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) f(other);
   }
 
+  /// The crowd of an edge that is crowded.
+  [[nodiscard]] crowd_id crowd_of(edge e) const { return shares_[links_[e].next_alike].crowd; }
+  [[nodiscard]] bool is_member(edge e, crowd_id id) const {
+    return links_[e].crowded && crowd_of(e) == id;
+  }
+  /// Makes the bundle of an edge a crowd when it has become large enough. Whether e is crowded.
+  bool gather_crowd(edge e);
+  /// The first in rank of the paths of a crowd other than the given one, or nobody.
+  ranked first_in_crowd(crowd_id id, path_index other_than);
   /// Tells the crowd of an edge that the rank of the edge's path has become smaller.
   void announce_to_crowd(edge e);
-  /// The edges that have become crowded since the last call.
-  std::vector<edge> take_newly_crowded() { return std::exchange(newly_crowded_, {}); }
+
+  /// An edge that has come into a crowd as this was made, or has left it.
+  struct crowd_change {
+    edge at;
+    crowd_id id;
+  };
+  /// The changes since they were last forgotten, the earliest first.
+  [[nodiscard]] const std::vector<crowd_change>& crowd_changes() const { return crowd_changes_; }
+  void forget_crowd_changes() { crowd_changes_.clear(); }
 
  private:
   static constexpr std::uint32_t owner_mask = (std::uint32_t{1} << 29) - 1;
 
   struct link {
-    edge next_alike;
+    edge next_alike;  // in a crowd, the number of its share
     std::uint32_t owner : 29;
     bool indexed : 1;
     bool head : 1;
@@ -131,6 +164,30 @@ class edge_index {
 
   using slot = std::uint32_t;
   static constexpr slot empty_slot = UINT32_MAX;
+
+  struct crowd {
+    lazy_heap by_rank;        // of shares
+    std::vector<edge> edges;  // also some that have left
+  };
+
+  using share_number = std::uint32_t;
+  static constexpr share_number no_share = UINT32_MAX;
+
+  struct share {
+    rank listed;  // in the crowd's heap
+    path_index path;
+    crowd_id crowd;
+    std::uint32_t n_edges;
+  };
+
+  /// Keeps paths that follow each other together, as they are mostly looked up.
+  struct share_hash {
+    std::uint64_t factor;
+    std::size_t operator()(std::uint64_t key) const noexcept {
+      const std::uint64_t h = (key >> 5) * factor;
+      return (h ^ h >> 32) << 5 | (key & 31);
+    }
+  };
 
   /// An edge on its way into the index: its home slot is being fetched.
   struct staged_edge {
@@ -152,12 +209,16 @@ class edge_index {
   void replace_head(edge old_head, edge new_head);
   void resize_table(std::size_t least_slots);
   void make_crowd(edge member);
-  [[nodiscard]] bool is_member(edge e, std::size_t crowd) const;
+  void enter_crowd(edge e, crowd_id id);
   void remove_from_crowd(edge e);
-  ranked_edge first_neighbour_in_bundle(edge e);
-  ranked_edge first_neighbour_in_crowd(edge e);
+  void enter_share(edge e, crowd_id id, path_index path);
+  share_number share_of(crowd_id id, path_index path);
+  void move_to_share_of(path_index path, edge e);
+  ranked updated_top(crowd_id id);
+  ranked first_neighbour_in_bundle(edge e);
 
   const path_store& store_;
+  hash_keys keys_;
   std::uint32_t crowd_size_;
   std::vector<link> links_;  // by edge
   std::vector<rank> ranks_;  // by path
@@ -167,9 +228,11 @@ class edge_index {
   int slot_bits_ = 0;  // the table has 2 to this power slots
   std::array<staged_edge, 16> staged_{};  // a ring: the oldest is overwritten by the next
   std::size_t n_staged_ = 0;              // ever
-  std::vector<lazy_heap> crowds_;
-  std::unordered_map<edge, std::size_t> crowd_of_;
-  std::vector<edge> newly_crowded_;
+  std::vector<crowd> crowds_;
+  std::vector<share> shares_;              // all that have ever been
+  std::vector<share_number> first_share_;  // by path: most have edges in one crowd only
+  std::unordered_map<std::uint64_t, share_number, share_hash> more_shares_;  // by crowd and path
+  std::vector<crowd_change> crowd_changes_;
 };
 
 }  // namespace trellion

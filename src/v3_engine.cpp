@@ -4,14 +4,13 @@
 #include <cassert>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 #include "cleanup.h"
 #include "edge_index.h"
 #include "fields.h"
+#include "large_paths.h"
 #include "param.h"
-#include "ring_order.h"
 
 namespace trellion {
 namespace {
@@ -33,23 +32,26 @@ namespace {
 // 4. The edges joined are the same. P's is the first from its cursor on that lies like any of B,
 //    B's the first from its cursor on that lies like that one.
 //
-// A large path keeps its edges in a heap by the rank of their first neighbour. An entry may be too
-// small, never too large, whenever a path looks. While P is current only P looks, and its rank is
-// the one it gets if it is filed under n points. Filed under more, it gets a larger one; filed
-// under fewer, all its edges are announced, and so is every edge that a clean-up has changed.
+// What a large path knows about its neighbours is kept from look to look: see large_paths.h. While
+// P is current only P looks, and its rank is the one it gets if it is filed under n points. Filed
+// under more, it gets a larger one; filed under fewer, all its edges are announced, and so is every
+// edge that a clean-up has changed.
 //
-// The cost: a merger looks at all of B, and a path filed under fewer points is looked at whole, but
-// either way as many points are removed, or end in a path of twice the size. One shape costs more:
-// an outline that runs along the same edge very many times.
+// The cost is the number of points, times a few logarithms, whatever the outlines are:
+//
+// 1. A merger looks at all of B, and a path filed under fewer points is looked at whole. That path
+//    is not taken up again, it can only be joined to one of as many points. So after either look as
+//    many points are removed, or end in a path of twice the size.
+// 2. A large path looks at a neighbour in vain when what it knew of its rank is out of date. If
+// that
+//    neighbour, Q, had been filed under more points than P then had, P looks there again only when
+//    nobody else of fewer points is left: it then joins a path as large as it was itself, or ends.
+//    If Q had as many points or fewer, it is joined at last unless one of both grows, and the same
+//    holds.
+// 3. An edge that very many edges lie like is a crowd. Whoever looks at it finds each of its paths
+//    once, and is not in its own way, however many of the edges are its own.
 
 rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
-
-/// The edges of a large path that have neighbours, by the rank of the first.
-struct ordered_edges {
-  lazy_heap by_rank;
-  std::vector<edge> crowded;  // their crowds know the first neighbour
-  bool has_labels = false;    // whether the ring's points are labelled
-};
 
 class engine {
  public:
@@ -80,17 +82,9 @@ class engine {
   std::optional<partner> find_partner();
   std::optional<partner> find_partner_of_small();
   std::optional<partner> find_partner_of_large();
-  edge first_shared_edge(path_index partner_path);
-  edge first_from_cursor(std::vector<edge> edges);
-
   void merge(const partner& found);
   edge partner_edge(path_index partner_path, edge at) const;
   void index_changed_edges();
-
-  ordered_edges& order_edges();
-  void order_edge(ordered_edges& ordered, edge e);
-  void tell_neighbours(edge e);
-  void note_new_crowds();
 
   path_store& store_;
   strata& strata_;
@@ -98,13 +92,11 @@ class engine {
   engine_sizes sizes_;
   edge_index index_;
   cleanup cleanup_;
-  ring_order order_;
+  large_paths large_;
   std::uint32_t n_ = strata::min_points;  // number of points of the paths being taken up
   rank unmatched_from_ = 0;               // ranks given since n_ became what it is
   std::uint32_t filings_ = 0;
   path_index current_ = no_path;
-  std::unordered_map<path_index, ordered_edges> large_;
-  std::vector<bool> is_large_;  // by path: whether large_ has it
   std::int64_t merges_ = 0;
   std::int64_t reported_merges_ = -1;
   std::string progress_line_;
@@ -117,8 +109,7 @@ engine::engine(path_store& store, strata& strata, text_writer& console, const en
       sizes_(sizes),
       index_(store, sizes.crowd),
       cleanup_(store, index_),
-      order_(store),
-      is_large_(store.paths.size()) {
+      large_(store, index_, sizes.patience) {
   for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
     for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
       index_.add_path(p, take_rank(n));
@@ -178,7 +169,7 @@ void engine::file_current() {
   if (n_points < n_) {
     point_index point = store_.paths[current_].cursor;
     for (std::uint32_t i = 0; i < n_points; ++i, point = store_.points[point].next) {
-      tell_neighbours(point);
+      large_.announce(point);
     }
   }
   current_ = no_path;
@@ -190,100 +181,25 @@ std::optional<engine::partner> engine::find_partner() {
 }
 
 std::optional<engine::partner> engine::find_partner_of_small() {
-  ranked_edge best = {first_rank(n_ + 1), no_point};
+  ranked best = {first_rank(n_ + 1), no_path};
   edge own = no_point;
   const ps_path& path = store_.paths[current_];
   edge e = path.cursor;
   for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
-    const ranked_edge neighbour = index_.first_neighbour(e);
+    const ranked neighbour = index_.first_neighbour(e);
     if (neighbour.order >= best.order) continue;
     best = neighbour;
     own = e;
   }
-  if (own == no_point) return std::nullopt;
-  return partner{index_.owner(best.at), own};
+  if (best.what == no_path) return std::nullopt;
+  return partner{best.what, own};
 }
 
 std::optional<engine::partner> engine::find_partner_of_large() {
-  ordered_edges& ordered = order_edges();
-  ranked_edge best = nobody;
-  while (best.at == no_point && !ordered.by_rank.empty()) {
-    const ranked_edge top = ordered.by_rank.top();
-    const bool is_own =
-        index_.contains(top.at) && index_.owner(top.at) == current_ && !index_.is_crowded(top.at);
-    const ranked_edge neighbour = is_own ? index_.first_neighbour(top.at) : nobody;
-    if (neighbour.at == no_point) {
-      ordered.by_rank.pop();
-    } else if (neighbour.order != top.order) {
-      ordered.by_rank.change_top(neighbour.order);
-    } else {
-      best = neighbour;
-    }
-  }
-  note_new_crowds();
-  std::erase_if(ordered.crowded, [this](edge e) {
-    return !index_.contains(e) || index_.owner(e) != current_ || !index_.is_crowded(e);
-  });
-  for (const edge e : ordered.crowded) {
-    const ranked_edge neighbour = index_.first_neighbour(e);
-    if (neighbour.order < best.order) best = neighbour;
-  }
+  if (!large_.contains(current_)) large_.add(current_);
+  const ranked best = large_.first_neighbour(current_);
   if (best.order >= first_rank(n_ + 1)) return std::nullopt;
-  const path_index path = index_.owner(best.at);
-  return partner{path, first_shared_edge(path)};
-}
-
-/// The first edge of the current path, from its cursor on, that lies like any of the partner.
-edge engine::first_shared_edge(path_index partner_path) {
-  std::vector<edge> shared;
-  const ps_path& path = store_.paths[partner_path];
-  edge e = path.cursor;
-  for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
-    const auto add_own = [&](edge alike) {
-      if (index_.owner(alike) == current_) shared.push_back(alike);
-    };
-    if (!index_.is_crowded(e)) {
-      index_.for_each_alike(e, add_own);
-      continue;
-    }
-    for (const edge own : large_.at(current_).crowded) {
-      if (index_.lie_alike(own, e)) shared.push_back(own);
-    }
-  }
-  return first_from_cursor(std::move(shared));
-}
-
-/// Which of some edges of the current path, a large one, comes first from its cursor on. Walks back
-/// from all of them in step: whoever meets another edge is not the first, whoever meets the cursor
-/// is. That is quick where they lie side by side, as in a notch, but for a rung between two jaws
-/// takes half the ring: when it takes long the ring's order decides, from then on kept in labels.
-edge engine::first_from_cursor(std::vector<edge> edges) {
-  struct runner {
-    edge from;
-    point_index at;
-  };
-  std::ranges::sort(edges);
-  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
-  const point_index start = store_.paths[current_].cursor;
-  std::vector<runner> runners;
-  runners.reserve(edges.size());
-  for (const edge e : edges) runners.push_back({e, e});
-  for (std::uint32_t steps = 0; steps < sizes_.patience && runners.size() > 1; ++steps) {
-    for (const runner& r : runners) {
-      if (r.at == start) return r.from;
-    }
-    std::erase_if(runners, [&](runner& r) {
-      r.at = store_.points[r.at].prev;
-      return std::ranges::binary_search(edges, r.at);
-    });
-  }
-  if (runners.size() == 1) return runners.front().from;
-
-  bool& has_labels = large_.at(current_).has_labels;
-  if (!std::exchange(has_labels, true)) order_.label(current_);
-  return std::ranges::min(runners, {},
-                          [&](const runner& r) { return order_.distance(start, r.from); })
-      .from;
+  return partner{best.what, large_.first_shared_edge(current_, best.what)};
 }
 
 void engine::merge(const partner& found) {
@@ -301,6 +217,7 @@ void engine::merge(const partner& found) {
   assert(is_sound(store_, b));
 
   index_.remove_pair(path.cursor, other.cursor);
+  large_.catch_up();
   for (point_index p = points[other.cursor].next; p != other.cursor; p = points[p].next) {
     index_.set_owner(p, current_);
   }
@@ -308,18 +225,8 @@ void engine::merge(const partner& found) {
   const edge first_of_b = points[other.cursor].next;
   const edge last_of_b = points[other.cursor].prev;
   merge_postscript_paths(store_, current_, b);
-  if (is_large_[b]) {
-    large_.erase(b);
-    is_large_[b] = false;
-  }
-  if (is_large_[current_]) {
-    ordered_edges& ordered = large_.at(current_);
-    if (ordered.has_labels) order_.label_inserted(first_of_b, last_of_b);
-    for (edge e = first_of_b;; e = points[e].next) {
-      order_edge(ordered, e);
-      if (e == last_of_b) break;
-    }
-  }
+  large_.remove(b);
+  if (large_.contains(current_)) large_.note_stretch(current_, first_of_b, last_of_b);
 
   cleanup_.run(current_);
   if (path.n_points < strata::min_points) {
@@ -327,6 +234,7 @@ void engine::merge(const partner& found) {
     throw early_end{end_reason::collapsed_path};
   }
   assert(is_sound(store_, current_));
+  large_.catch_up();
   index_changed_edges();
   ++merges_;
   if (path.n_points > n_) file_current();
@@ -345,54 +253,8 @@ void engine::index_changed_edges() {
   for (const edge e : cleanup_.changed_edges()) index_.prefetch(e);
   for (const edge e : cleanup_.changed_edges()) {
     index_.add(e);
-    tell_neighbours(e);
-    if (is_large_[current_]) order_edge(large_.at(current_), e);
-  }
-}
-
-/// The ordered edges of the current path, made when it has none yet.
-ordered_edges& engine::order_edges() {
-  const auto [found, added] = large_.try_emplace(current_);
-  if (added) {
-    is_large_[current_] = true;
-    const ps_path& path = store_.paths[current_];
-    edge e = path.cursor;
-    for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
-      order_edge(found->second, e);
-    }
-  }
-  return found->second;
-}
-
-void engine::order_edge(ordered_edges& ordered, edge e) {
-  const ranked_edge neighbour = index_.first_neighbour(e);
-  if (index_.is_crowded(e)) {
-    ordered.crowded.push_back(e);
-  } else if (neighbour.at != no_point) {
-    ordered.by_rank.push({neighbour.order, e});
-  }
-}
-
-/// Lets the large paths beside an edge of the current path know that it is there, or that its rank
-/// has become smaller.
-void engine::tell_neighbours(edge e) {
-  if (index_.is_crowded(e)) {
-    index_.announce_to_crowd(e);
-    return;
-  }
-  if (large_.empty()) return;
-  index_.for_each_alike(e, [&](edge alike) {
-    const path_index neighbour = index_.owner(alike);
-    if (!is_large_[neighbour]) return;
-    large_.at(neighbour).by_rank.push({index_.rank_of(index_.owner(e)), alike});
-  });
-}
-
-/// An edge of a large path that has become crowded is no longer kept in order by its heap.
-void engine::note_new_crowds() {
-  for (const edge e : index_.take_newly_crowded()) {
-    const path_index path = index_.owner(e);
-    if (is_large_[path]) large_.at(path).crowded.push_back(e);
+    large_.announce(e);
+    if (large_.contains(current_)) large_.note_edge(current_, e);
   }
 }
 

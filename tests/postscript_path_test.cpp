@@ -94,6 +94,17 @@ TEST(path_ring, runs_the_other_way_after_reverse) {
   EXPECT_EQ(written(store, path), "1 1 m\n4 4 l 3 3 l 2 2 l \nh f\n");
 }
 
+TEST(path_ring, keeps_its_untested_point_when_it_is_reversed) {
+  path_store store;
+  const path_index path = path_of("1 1 2 2 3 3 4 4", store);
+  for (point_index point = 0; point < 4; ++point) {
+    const auto coords = store.points[point].coords;
+    store.paths[path].untested = point;
+    reverse(store, path);
+    EXPECT_EQ(store.points[store.paths[path].untested].coords, coords);
+  }
+}
+
 TEST(superfluous_points, are_coinciding_collinear_and_spikes) {
   // The walk starts on the last point and ends on the one before it, if both stay.
   EXPECT_EQ(cleaned("0 0 2 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <set>
 
 namespace trellion::testing {
 namespace {
@@ -20,7 +22,7 @@ class growing_ring {
     order.label(0);
   }
 
-  /// Links so many new points in behind the given one.
+  /// Links so many new points in after the given one.
   void grow(point_index before, std::uint32_t n_points) {
     const point_index after = store.points[before].next;
     const point_index first = size;
@@ -31,6 +33,24 @@ class growing_ring {
     store.points[before].next = after;
     store.points[after].prev = before;
     order.label_inserted(first, before);
+  }
+
+  /// Leaves so many points in the ring, from the given one on.
+  void shrink(point_index first, std::uint32_t n_points) {
+    point_index last = first;
+    for (; n_points > 1; --n_points) last = store.points[last].next;
+    store.points[last].next = first;
+    store.points[first].prev = last;
+  }
+
+  /// The points of the ring, the smallest label first.
+  [[nodiscard]] std::set<point_index, ring_order::by_label> by_label(point_index start) const {
+    std::set<point_index, ring_order::by_label> points({&order});
+    do {
+      points.insert(start);
+      start = store.points[start].next;
+    } while (!points.contains(start));
+    return points;
   }
 
   [[nodiscard]] bool is_in_order_from(point_index start) const {
@@ -49,14 +69,14 @@ class growing_ring {
 };
 
 TEST(ring_order, holds_wherever_a_ring_grows) {
-  enum place { behind_the_last, always_at_one, at_random };
-  for (const place where : {behind_the_last, always_at_one, at_random}) {
+  enum place { after_the_last, always_at_one, at_random };
+  for (const place where : {after_the_last, always_at_one, at_random}) {
     for (const std::uint32_t longest : {1U, 7U, 400U}) {
       std::mt19937 random(longest);
       growing_ring ring;
       while (ring.size + longest <= growing_ring::max_points) {
         const auto any = static_cast<point_index>(random() % ring.size);
-        ring.grow(where == behind_the_last ? ring.size - 1
+        ring.grow(where == after_the_last  ? ring.size - 1
                   : where == always_at_one ? 1
                                            : any,
                   1 + static_cast<std::uint32_t>(random() % longest));
@@ -66,6 +86,22 @@ TEST(ring_order, holds_wherever_a_ring_grows) {
       }
       EXPECT_TRUE(ring.is_in_order_from(2));
     }
+  }
+}
+
+TEST(ring_order, keeps_the_smaller_label_smaller) {
+  std::mt19937 random(1);
+  growing_ring ring;
+  while (ring.size + 100 <= growing_ring::max_points) {
+    const auto before = ring.by_label(1);
+    for (int i = 0; i < 20; ++i) {
+      ring.grow(random() % 2 == 0 ? 1 : *before.begin(),
+                1 + static_cast<std::uint32_t>(random() % 3));
+    }
+    ASSERT_TRUE(std::ranges::is_sorted(before, before.key_comp())) << ring.size;
+    ASSERT_TRUE(ring.is_in_order_from(1));
+    // Those that stay are so close together that there is soon no room between any.
+    if (random() % 4 == 0) ring.shrink(1, 12);
   }
 }
 

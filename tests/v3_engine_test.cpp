@@ -102,6 +102,59 @@ class hard_groups {
     return group;
   }
 
+  /// Outlines that run along the same few edges again and again, with polygons on those and others.
+  std::vector<polygon> fans() {
+    const int places = between(1, 3);
+    const auto end_of = [](int place, int which) { return vertex{10 * place + 5 * which, 0}; };
+    std::vector<polygon> group(static_cast<std::size_t>(between(1, 3)));
+    for (polygon& outline : group) {
+      const int side = between(0, 1) == 0 ? 1 : -1;
+      for (int i = between(2, 12); i > 0; --i) {
+        const int place = between(1, places);
+        const int first = between(0, 5) == 0 ? 1 : 0;
+        outline.push_back(end_of(place, first));
+        outline.push_back(end_of(place, 1 - first));
+        outline.push_back({between(0, 40), side * between(1, 20)});
+      }
+    }
+    const std::size_t n_outlines = group.size();
+    for (int i = between(0, 12); i > 0; --i) {
+      const int place = between(1, places);
+      group.push_back({end_of(place, 0), end_of(place, 1), {between(0, 40), between(-9, 9)}});
+      if (between(0, 2) == 0) group.back().push_back({between(-9, -1), between(1, 9)});
+    }
+    for (int i = between(0, 12); i > 0; --i) {
+      const polygon& outline = group[random_() % n_outlines];
+      const std::size_t at = random_() % outline.size();
+      group.push_back({outline[at], outline[(at + 1) % outline.size()]});
+      for (int n = between(1, 3); n > 0; --n) {
+        group.back().push_back({between(0, 40), between(-30, 30)});
+      }
+    }
+    return group;
+  }
+
+  /// Houses on a zigzag outline. Some have a ragged roof that is filled, so that they end with
+  /// fewer points than they began with.
+  std::vector<polygon> houses() {
+    std::vector<polygon> group;
+    const int n = between(3, 12);
+    polygon ground = {{n, -9}, {0, -9}};
+    for (int i = 0; i <= n; ++i) ground.push_back({10 * i, i % 2});
+    for (int i = 0; i < n; ++i) {
+      polygon roof;
+      for (int x = 10 * i + 8; x > 10 * i && between(0, 6) > 0; --x) {
+        roof.push_back({x, 9 + between(0, 5)});
+      }
+      if (roof.size() >= 3 && between(0, 3) > 0) group.push_back(roof);
+      polygon house = {{10 * i, i % 2}, {10 * i + 10, (i + 1) % 2}, {10 * i + 9, 8}};
+      house.insert(house.end(), roof.begin(), roof.end());
+      group.push_back(house);
+    }
+    group.push_back(ground);
+    return group;
+  }
+
   /// In random order, each from a random vertex on, some of them backwards.
   std::string shuffled(std::vector<polygon> group) {
     std::ranges::shuffle(group, random_);
@@ -122,17 +175,20 @@ class hard_groups {
 };
 
 TEST(engine, agrees_with_the_plain_one) {
-  for (unsigned seed = 0; seed < 2000; ++seed) {
+  for (unsigned seed = 0; seed < 3000; ++seed) {
     hard_groups groups(seed);
-    const std::vector<polygon> group = seed % 4 == 0   ? groups.soup()
-                                       : seed % 4 == 1 ? groups.mesh()
-                                       : seed % 4 == 2 ? groups.combs()
-                                                       : groups.book();
+    const std::vector<polygon> group = seed % 6 == 0   ? groups.soup()
+                                       : seed % 6 == 1 ? groups.mesh()
+                                       : seed % 6 == 2 ? groups.combs()
+                                       : seed % 6 == 3 ? groups.book()
+                                       : seed % 6 == 4 ? groups.fans()
+                                                       : groups.houses();
     const std::string text = groups.shuffled(group);
     const int limit = groups.between(0, 1) == 0 ? 0 : groups.between(3, 8);
     const engine_result expected = plainly_merged(text, limit);
     // Small sizes put the structures for large paths and crowds to work on small groups.
-    for (const engine_sizes sizes : {engine_sizes{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}}) {
+    for (const engine_sizes sizes :
+         {engine_sizes{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}, {3, 1, 0}, {6, 1, 64}}) {
       ASSERT_EQ(merged(text, limit, sizes), expected) << "seed " << seed << ":\n" << text;
     }
   }
