@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "fuzz_support.h"
 #include "postscript_path_queue.h"
 #include "repair.h"
@@ -6,7 +8,8 @@
 #include "tokens.h"
 #include "walk.h"
 
-// A whole repair in memory. The last byte of the input chooses the settings.
+// A whole repair in memory, and the same in careful mode. The last byte of the input chooses the
+// other settings.
 
 namespace {
 
@@ -19,6 +22,54 @@ run_settings settings_from(unsigned char byte) {
   settings.verbose = (byte & 4) != 0;
   settings.merge_limit = (byte & 8) != 0 ? 4 : 0;
   return settings;
+}
+
+/// Whether no number is so large that a product of distances could wrap: three characters at most.
+bool all_numbers_are_small(std::string_view text) {
+  std::size_t length = 0;
+  for (const char c : text) {
+    length = c == '-' || is_digit(c) ? length + 1 : 0;
+    if (length > 3) return false;
+  }
+  return true;
+}
+
+struct outcome {
+  repair_summary summary;
+  std::optional<end_reason> early_end;
+  bool bad_number = false;
+};
+
+outcome repaired(std::string_view text, const run_settings& settings) {
+  outcome result;
+  testing::captured_text console;
+  testing::captured_text out;
+  fuzzing::source_in_pieces source(text);
+  try {
+    result.summary = repair(settings, source, text.size(), console, out);
+  } catch (const early_end& end) {
+    result.early_end = end.reason;
+    fuzzing::require(console.text().ends_with('\n'), "the console's last line is ended");
+  } catch (const coordinate_error&) {
+    result.bad_number = true;  // one too large for a coordinate, say
+  }
+  return result;
+}
+
+/// What careful mode promises, given what comes of the same text without.
+void check_careful(std::string_view text, run_settings settings, const outcome& plain) {
+  settings.careful = true;
+  const outcome careful = repaired(text, settings);
+  const repair_summary& sum = careful.summary;
+  fuzzing::require(
+      careful.bad_number == plain.bad_number || plain.early_end == end_reason::collapsed_path,
+      "the same numbers are read");
+  if (all_numbers_are_small(text)) {
+    fuzzing::require(careful.early_end != end_reason::collapsed_path, "no path collapses");
+    fuzzing::require(!sum.area_lost, "no area is lost");
+  }
+  if (careful.early_end || careful.bad_number) return;
+  fuzzing::require(sum.polygons_left == sum.polygons_read - sum.mergers, "no polygon is lost");
 }
 
 /// The list's tokens, those of groups as they stand.
@@ -50,16 +101,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const run_settings settings = settings_from(data[size - 1]);
   const std::string_view text = fuzzing::as_text(data, size - 1);
 
-  testing::captured_text console;
-  testing::captured_text repaired;
-  fuzzing::source_in_pieces source(text);
-  try {
-    repair(settings, source, text.size(), console, repaired);
-  } catch (const early_end&) {
-    fuzzing::require(console.text().ends_with('\n'), "the console's last line is ended");
-  } catch (const coordinate_error&) {
-    // A number too large for a coordinate, say.
-  }
+  const outcome plain = repaired(text, settings);
+  const repair_summary& sum = plain.summary;
+  fuzzing::require(sum.polygons_left == sum.polygons_read - sum.without_area - sum.mergers,
+                   "each polygon is joined, left or without area");
+  check_careful(text, settings, plain);
   check_walk(text, settings.min_separators);
   return 0;
 }

@@ -22,15 +22,17 @@ int write_all(int descriptor, std::string_view bytes) {
   return 0;
 }
 
-int open_file(const std::string& name, int flags, std::string_view what) {
-  const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY, 0666);
+constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+int open_file(const std::string& name, int flags, std::string_view what, mode_t mode = 0666) {
+  const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
   if (descriptor < 0) throw system_failure(what, name, errno);
   return descriptor;
 }
 
-struct stat status_of(const file_descriptor& file) {
+struct stat status_of(const file_descriptor& file, const std::string& name) {
   struct stat status {};
-  ::fstat(file.get(), &status);
+  if (::fstat(file.get(), &status) != 0) throw system_failure("examine", name, errno);
   return status;
 }
 
@@ -53,8 +55,8 @@ file_descriptor::~file_descriptor() {
 int file_descriptor::release() { return std::exchange(descriptor_, -1); }
 
 input_file::input_file(const std::string& name)
-    : name_(name), file_(open_file(name, O_RDONLY, "open")) {
-  if (S_ISDIR(status_of(file_).st_mode)) throw system_failure("read", name, EISDIR);
+    : name_(name), file_(open_file(name, O_RDONLY, "open")), status_(status_of(file_, name)) {
+  if (S_ISDIR(status_.st_mode)) throw system_failure("read", name, EISDIR);
 }
 
 std::size_t input_file::read(char* buffer, std::size_t capacity) {
@@ -65,9 +67,7 @@ std::size_t input_file::read(char* buffer, std::size_t capacity) {
   }
 }
 
-std::size_t input_file::expected_size() const {
-  return static_cast<std::size_t>(status_of(file_).st_size);
-}
+std::size_t input_file::expected_size() const { return static_cast<std::size_t>(status_.st_size); }
 
 output_file::output_file(const std::string& name, mode how)
     : name_(name),
@@ -75,16 +75,21 @@ output_file::output_file(const std::string& name, mode how)
                       "create")) {}
 
 output_file::output_file(const std::string& name, const input_file& input)
-    : name_(name), file_(open_file(name, O_WRONLY | O_CREAT, "create")) {
+    : name_(name),
+      file_(open_file(name, O_WRONLY | O_CREAT, "create", input.status_.st_mode & permissions)) {
   // Opened without O_TRUNC: only a file that is known not to be the input may be emptied.
-  const struct stat mine = status_of(file_);
-  const struct stat source = status_of(input.file_);
+  const struct stat mine = status_of(file_, name_);
+  const struct stat& source = input.status_;
   if (mine.st_dev == source.st_dev && mine.st_ino == source.st_ino) {
     throw run_error("cannot create '" + name_ + "': it is the input file itself");
   }
-  if (S_ISREG(mine.st_mode) && ::ftruncate(file_.get(), 0) != 0) {
-    throw system_failure("empty", name_, errno);
-  }
+  if (!S_ISREG(mine.st_mode)) return;
+  const mode_t permitted = mine.st_mode & permissions;
+  const mode_t narrowed = permitted & source.st_mode;
+  // It fails for the file of another owner, who knows who may read it, and where a file system has
+  // no permissions of its own.
+  if (narrowed != permitted) static_cast<void>(::fchmod(file_.get(), narrowed));
+  if (::ftruncate(file_.get(), 0) != 0) throw system_failure("empty", name_, errno);
 }
 
 void output_file::write(std::string_view bytes) {

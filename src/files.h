@@ -1,6 +1,9 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -89,6 +92,7 @@ class input_file : public byte_source {
   friend class output_file;
   std::string name_;
   file_descriptor file_;
+  struct stat status_;  // as it was when the file was opened
 };
 
 /// A file to write, created when absent.
@@ -99,7 +103,9 @@ class output_file : public byte_sink {
   /// Opens a file; what is in it goes, or stays in front. Throws run_error when that fails.
   output_file(const std::string& name, mode how);
   /// Opens the repaired file of an input, and empties it. Throws run_error when that fails, or when
-  /// it is the input itself under another name: then nothing has been touched.
+  /// it is, or may be, the input itself under another name: then nothing has been touched. Nobody
+  /// is permitted more than with the input: a new file gets no wider permissions, one that exists
+  /// is narrowed as far as the system lets us, before anything is written.
   output_file(const std::string& name, const input_file& input);
 
   /// Throws run_error with the file's name and the reason (a full disk, say).

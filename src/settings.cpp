@@ -91,18 +91,18 @@ class questions {
   }
 
   void ask_number(std::string_view prompt, std::int32_t minimum, std::int32_t& value) {
-    while (!ask_integer(prompt, value) || value < minimum) {
-    }
+    while (!ask_integer(prompt, value) || value < minimum) require_more();
   }
 
   /// The answer is kept from one question to the next. A 2 ends the question even when the read
   /// failed, so one that was given to the question before stands when this answer is unreadable.
   bool ask_yes(std::string_view prompt) {
-    bool read = false;
-    do {
-      read = ask_integer(prompt, answer_);
-    } while (!(read && answer_ == 1) && answer_ != 2);
-    return answer_ == 2;
+    while (true) {
+      const bool read = ask_integer(prompt, answer_);
+      if (answer_ == 2) return true;
+      if (read && answer_ == 1) return false;
+      require_more();
+    }
   }
 
  private:
@@ -110,6 +110,10 @@ class questions {
   bool ask(std::string_view prompt) {
     console_.put(prompt).flush();
     return next_answer(answers_, line_);
+  }
+  /// Asked again without an end to it, a question would be asked for ever.
+  void require_more() const {
+    if (!answers_) throw run_error("a question was left without an answer: the input has ended");
   }
   bool ask_integer(std::string_view prompt, std::int32_t& value) {
     return ask(prompt) && read_integer(line_, value);

@@ -24,7 +24,7 @@ struct run_settings {
 /// Takes the settings from the command line's arguments (the program's name left out), or, when
 /// there are none, from answers to prompts. A missing file, a bad option and a missing name end
 /// the run early, with the reason on the console. Throws run_error when the prompts' input ends
-/// before the file is named, or the console cannot be written while prompting.
+/// before the last of them is answered, or the console cannot be written while prompting.
 run_settings obtain_settings(std::span<const char* const> arguments, std::istream& answers,
                              text_writer& console);
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <set>
 
@@ -58,6 +59,32 @@ TEST_F(faults, the_input_under_the_repaired_name_is_refused) {
   }
 }
 
+TEST_F(faults, of_calls_that_guard_the_input_leave_it_alone) {
+  if (!calls_can_fail) GTEST_SKIP() << "no calls can be made to fail";
+  for (const std::string link : {"ln -s", "ln"}) {
+    ASSERT_EQ(shell(link + " s.eps s_r.eps", directory).status, 0);
+    EXPECT_EQ(complaint(failing("fstat", 1, EIO) + "trellion s.eps"),
+              "trellion: cannot examine 's.eps': Input/output error\n");
+    EXPECT_EQ(complaint(failing("fstat", 2, EIO) + "trellion s.eps"),
+              "trellion: cannot examine 's_r.eps': Input/output error\n");
+    EXPECT_EQ(complaint(failing("fstat", 3, EIO) + "trellion s.eps; s=$?; rm s_r.eps; exit $s"),
+              "trellion: cannot create 's_r.eps': it is the input file itself\n");
+  }
+}
+
+TEST_F(faults, of_every_call_are_told) {
+  if (!calls_can_fail) GTEST_SKIP() << "no calls can be made to fail";
+  EXPECT_EQ(complaint(failing("open", 1, EMFILE) + "trellion s"),
+            "trellion: cannot open 's.eps': Too many open files\n");
+  EXPECT_EQ(complaint(failing("open", 2, EROFS) + "trellion s"),
+            "trellion: cannot create 's_r.eps': Read-only file system\n");
+  EXPECT_EQ(complaint(failing("ftruncate", 1, EPERM) + "trellion s"),
+            "trellion: cannot empty 's_r.eps': Operation not permitted\n");
+  EXPECT_EQ(complaint(failing("close", 1, EDQUOT) + "trellion s"),
+            "trellion: cannot write 's_r.eps': Disk quota exceeded\n");
+  EXPECT_EQ(shell(failing("write", 2, EINTR) + "trellion s", directory).status, 0);
+}
+
 TEST_F(faults, in_writing_are_told) {
   EXPECT_EQ(complaint("ln -s /dev/full s_r.eps; trellion s.eps"),
             "trellion: cannot write 's_r.eps': No space left on device\n");
@@ -66,6 +93,8 @@ TEST_F(faults, in_writing_are_told) {
   EXPECT_EQ(complaint("trellion s >&-"),
             "trellion: cannot write 'standard output': Bad file descriptor\n");
   EXPECT_EQ(complaint("trellion </dev/null"), "trellion: no file was named: the input has ended\n");
+  EXPECT_EQ(complaint("echo s | trellion"),
+            "trellion: a question was left without an answer: the input has ended\n");
 }
 
 TEST_F(faults, in_reading_are_told_with_the_status_of_the_console_texts) {
@@ -119,6 +148,22 @@ TEST_F(faults, a_console_that_goes_away_does_not_stop_the_repair) {
                       ">/dev/null; exit $(cat status)"),
             "trellion: cannot write 'standard output': Broken pipe\n");
   EXPECT_EQ(masked(directory.read("many_r.eps")), expected);
+}
+
+TEST_F(faults, no_result_is_permitted_to_more_people_than_its_input) {
+  const auto mode_after = [&](const std::string& commands) {
+    const outcome result = shell(commands + " && stat -c %a s_r.eps && rm -f s_r.eps", directory);
+    EXPECT_EQ(result.status, 0);
+    return result.out.substr(result.out.rfind('\n', result.out.size() - 2) + 1);
+  };
+  EXPECT_EQ(mode_after("umask 022; chmod 600 s.eps; trellion s"), "600\n");
+  EXPECT_EQ(mode_after("umask 022; chmod 4664 s.eps; trellion s"), "644\n");
+  EXPECT_EQ(mode_after("umask 022; chmod 640 s.eps; echo >s_r.eps; trellion s"), "640\n");
+  EXPECT_EQ(mode_after("chmod 644 s.eps; echo >s_r.eps; chmod 600 s_r.eps; trellion s"), "600\n");
+  if (!calls_can_fail) return;
+  EXPECT_EQ(mode_after("umask 022; chmod 600 s.eps; echo >s_r.eps; " + failing("fchmod", 1, EPERM) +
+                       "trellion s"),
+            "644\n");
 }
 
 TEST_F(faults, existing_longer_file_of_the_repaired_name_is_replaced) {

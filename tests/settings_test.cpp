@@ -63,7 +63,11 @@ TEST(settings, from_prompts) {
   EXPECT_EQ(settings_for({}, "'a b''c.eps'\n/\n/\n1\n,\n"), "a b'c.eps a b'c_r.eps m0 s2");
   EXPECT_TRUE(settings_for({}, "plots/s.eps\n0\n2\n1\n1\n")
                   .ends_with("fatal error --- file 'plots.eps' does not exist.\n"));
-  EXPECT_THROW(settings_for({}, " \n"), run_error);
+  // Where the input ends at a question that would be asked for ever.
+  for (const auto* answers :
+       {" \n", "s\n", "s\n-1\n", "s\n0\n", "s\n0\n2\n", "s\n0\n2\n1\n", "s\n0\n2\n1\nwhat"}) {
+    EXPECT_THROW(settings_for({}, answers), run_error) << answers;
+  }
 }
 
 TEST(settings, yes_to_the_mesh_stands_when_the_next_answer_is_unreadable) {

@@ -43,6 +43,11 @@ outcome shell(const std::string& command, const scratch_directory& directory) {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
 }
 
+std::string failing(std::string_view function, int n, int error_number) {
+  return "LD_PRELOAD='" TRELLION_FAILING_CALLS "' TRELLION_FAILS='" + std::string(function) + ' ' +
+         std::to_string(n) + ' ' + std::to_string(error_number) + "' ";
+}
+
 std::string masked(const std::string& text) {
   std::string result = text;
   // Replaces what follows `before` by the mask if it has the mask's form: digits for digits.

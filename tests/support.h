@@ -74,6 +74,17 @@ struct outcome {
 /// Runs a shell command in the directory; `trellion` is the program.
 outcome shell(const std::string& command, const scratch_directory& directory);
 
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool calls_can_fail = false;  // the sanitizer must be loaded before all others
+#else
+inline constexpr bool calls_can_fail = true;
+#endif
+
+/// What to put before a program in a command to make its n-th call of a system function, from 1,
+/// fail with an error number. failing_calls.cpp has the functions. The program's children are left
+/// alone. Works where calls_can_fail.
+std::string failing(std::string_view function, int n, int error_number);
+
 /// The text with the digits of the time spent and of the date and time of repair made zeros.
 std::string masked(const std::string& text);
 
