@@ -1,4 +1,4 @@
-#include "child.h"
+#include "batch/child.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "descriptors.h"
-#include "supervisor.h"
+#include "batch/descriptors.h"
+#include "batch/supervisor.h"
 
 namespace trellion::batch {
 

@@ -1,4 +1,4 @@
-#include "descriptors.h"
+#include "batch/descriptors.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

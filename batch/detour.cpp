@@ -1,4 +1,4 @@
-#include "detour.h"
+#include "batch/detour.h"
 
 #include <algorithm>
 #include <cstddef>

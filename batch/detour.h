@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "eps_page.h"
+#include "batch/eps_page.h"
 
 namespace trellion::batch {
 

@@ -61,9 +61,9 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
                               antialiasing smooth) const {
   const std::string bits = smooth == antialiasing::on ? "4" : "1";
   std::vector<std::string> command = ghostscript(frame);
-  command.insert(command.end(), {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
-                                 "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000",
-                                 "-sOutputFile=-", eps});
+  command.insert(command.end(),
+                 {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
+                  "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000", "-sOutputFile=-", eps});
   try {
     return read_ppm(output_of(command), max_pixels);
   } catch (const second_page&) {
@@ -74,28 +74,28 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
 }
 
 pixmap drawing_programs::draw_pdf(const fs::path& pdf, double dpi, antialiasing smooth) const {
-  return read_png(output_of({*tools_.pdftocairo, "-png", "-singlefile", "-r", option("", dpi),
-                             "-antialias", smooth == antialiasing::on ? "default" : "none", pdf,
-                             "-"}),
-                  max_pixels);
+  return read_png(
+      output_of({*tools_.pdftocairo, "-png", "-singlefile", "-r", option("", dpi), "-antialias",
+                 smooth == antialiasing::on ? "default" : "none", pdf, "-"}),
+      max_pixels);
 }
 
 void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
                               const std::vector<std::string>& more_options) const {
   std::vector<std::string> command = ghostscript(frame);
-  command.insert(command.end(),
-                 {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None", "-dDownsampleColorImages=false",
-                  "-dDownsampleGrayImages=false", "-dDownsampleMonoImages=false",
-                  "-dAutoFilterColorImages=false", "-dAutoFilterGrayImages=false",
-                  "-dColorImageFilter=/FlateEncode", "-dGrayImageFilter=/FlateEncode",
-                  "-sOutputFile=" + pdf.string()});
+  command.insert(command.end(), {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None",
+                                 "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
+                                 "-dDownsampleMonoImages=false", "-dAutoFilterColorImages=false",
+                                 "-dAutoFilterGrayImages=false", "-dColorImageFilter=/FlateEncode",
+                                 "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + pdf.string()});
   command.insert(command.end(), more_options.begin(), more_options.end());
   command.push_back(eps);
   run(command, file_limit_of(eps), ignore_output);
 }
 
 void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
-  run({*tools_.pdftops, "-eps", pdf, eps}, file_limit_of(pdf), ignore_output);
+  // Level 2 cannot hold every image mask.
+  run({*tools_.pdftops, "-eps", "-level3", pdf, eps}, file_limit_of(pdf), ignore_output);
 }
 
 std::string drawing_programs::box_comments_of(const fs::path& eps) const {
@@ -128,8 +128,8 @@ std::string drawing_programs::output_of(const std::vector<std::string>& command)
   return bytes;
 }
 
-child_result drawing_programs::run(const std::vector<std::string>& command,
-                                   std::uint64_t file_size, const output_taker& take) const {
+child_result drawing_programs::run(const std::vector<std::string>& command, std::uint64_t file_size,
+                                   const output_taker& take) const {
   child_limits limits = limits_;
   limits.file_size = file_size;
   const child_result result = runner_.run(command, directory_, take, limits);
@@ -154,11 +154,10 @@ const hairline_counts& appearance::hairlines() {
   if (hairlines_) return *hairlines_;
   hairline_counts counts{hairline_pixels(smooth(), coarse()), std::nullopt};
   if (programs_.can_draw_pdf()) {
-    if (!pdf_) {
-      programs_.to_pdf(eps_, frame_, pdf_.emplace(fs::path(eps_).replace_extension(".pdf")));
-    }
-    counts.cairo = hairline_pixels(programs_.draw_pdf(*pdf_, dpi_.coarse, antialiasing::on),
-                                   programs_.draw_pdf(*pdf_, dpi_.coarse, antialiasing::off));
+    const fs::path pdf = fs::path(eps_).replace_extension(".pdf");
+    programs_.to_pdf(eps_, frame_, pdf);
+    counts.cairo = hairline_pixels(programs_.draw_pdf(pdf, dpi_.coarse, antialiasing::on),
+                                   programs_.draw_pdf(pdf, dpi_.coarse, antialiasing::off));
   }
   return hairlines_.emplace(counts);
 }

@@ -30,8 +30,8 @@ resolutions resolutions_for(const page_frame& frame);
 class drawing_programs {
  public:
   /// The first two must outlive it. `directory` is where the programs work.
-  drawing_programs(const programs& tools, const process_runner& runner,
-                   const child_limits& limits, std::filesystem::path directory)
+  drawing_programs(const programs& tools, const process_runner& runner, const child_limits& limits,
+                   std::filesystem::path directory)
       : tools_(tools), runner_(runner), limits_(limits), directory_(std::move(directory)) {}
 
   /// Draws the one page of an EPS file, which begins with the head for its frame (see eps_page.h).
@@ -56,7 +56,7 @@ class drawing_programs {
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
   [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
   child_result run(const std::vector<std::string>& command, std::uint64_t file_size,
-           const output_taker& take) const;
+                   const output_taker& take) const;
 
   const programs& tools_;
   const process_runner& runner_;
@@ -67,21 +67,13 @@ class drawing_programs {
 /// How an EPS file looks: its drawings, each made when it is first asked for.
 class appearance {
  public:
-  /// `eps` begins with the head for its frame. Its PDF, when there is one already, saves making one.
-  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame,
-             std::optional<std::filesystem::path> pdf = std::nullopt)
-      : programs_(programs),
-        eps_(std::move(eps)),
-        frame_(frame),
-        dpi_(resolutions_for(frame)),
-        pdf_(std::move(pdf)) {}
+  /// `eps` begins with the head for its frame. A PDF of it is written beside it.
+  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame)
+      : programs_(programs), eps_(std::move(eps)), frame_(frame), dpi_(resolutions_for(frame)) {}
 
   const pixmap& coarse() { return drawn(coarse_, dpi_.coarse, antialiasing::off); }
   const pixmap& smooth() { return drawn(smooth_, dpi_.coarse, antialiasing::on); }
-  /// Not kept: it is large.
-  [[nodiscard]] pixmap fine() const {
-    return programs_.draw(eps_, frame_, dpi_.fine, antialiasing::off);
-  }
+  const pixmap& fine() { return drawn(fine_, dpi_.fine, antialiasing::off); }
   /// The hairlines as Ghostscript and, if it is there, poppler's cairo draw them.
   const hairline_counts& hairlines();
 
@@ -92,9 +84,9 @@ class appearance {
   std::filesystem::path eps_;
   page_frame frame_;
   resolutions dpi_;
-  std::optional<std::filesystem::path> pdf_;
   std::optional<pixmap> coarse_;
   std::optional<pixmap> smooth_;
+  std::optional<pixmap> fine_;
   std::optional<hairline_counts> hairlines_;
 };
 

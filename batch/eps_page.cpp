@@ -1,4 +1,4 @@
-#include "eps_page.h"
+#include "batch/eps_page.h"
 
 #include <algorithm>
 #include <array>

@@ -61,15 +61,24 @@ void write_framed(const fs::path& source, const page_frame& frame, const fs::pat
   write_whole(framed, framing_head(frame), postscript(text));
 }
 
-void take_detour(const figure& original, const fs::path& framed, const page_frame& frame,
-                 const drawing_programs& programs, const fs::path& pdf, const fs::path& eps) {
+void take_detour(const figure& original, const drawing_programs& programs,
+                 const fs::path& directory, const fs::path& eps) {
+  // Documents that do not crop their figures show what sticks out of the box, too.
+  constexpr std::int64_t margin = 72;
+  const page_frame frame = frame_of(*original.page.box, margin);
+  const fs::path framed = directory / "framed.eps";
+  const fs::path pdf = directory / "figure.pdf";
+  write_framed(original.file, frame, framed);
   programs.to_pdf(framed, frame, pdf);
   std::string text = converted_to_eps(pdf, programs);
   if (has_calibrated_colours_only(text)) {
     programs.to_pdf(framed, frame, pdf, {"-sColorConversionStrategy=RGB"});
     text = converted_to_eps(pdf, programs);
   }
-  text = with_page_of(text, original.page);
+  if (is_one_bitmap(text)) {
+    throw dead_end{verdict::not_kept, "the detour makes one bitmap of the page"};
+  }
+  text = with_page_of(text, original.page, frame);
   write_whole(eps, "", without_unused_definitions(text));
 }
 

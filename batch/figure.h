@@ -24,16 +24,15 @@ struct figure {
 /// Looks at a file. Throws run_error when it is no regular file that can be read.
 figure look_at(const std::filesystem::path& file);
 
-/// Writes the PostScript of a file, after the head that makes its page the frame, to another. Throws
-/// run_error.
+/// Writes the PostScript of a file, after the head that makes its page the frame, to another.
+/// Throws run_error.
 void write_framed(const std::filesystem::path& source, const page_frame& frame,
                   const std::filesystem::path& framed);
 
-/// The figure by way of PDF, with the same page, written to `eps`: it draws the same with other
-/// operators. `framed` is what write_framed has made of it; the PDF on the way is left in `pdf`.
-/// Throws dead_end when it cannot be done or what came of it is not whole, and run_error.
-void take_detour(const figure& original, const std::filesystem::path& framed,
-                 const page_frame& frame, const drawing_programs& programs,
-                 const std::filesystem::path& pdf, const std::filesystem::path& eps);
+/// Writes the figure, which has a box, by way of PDF to `eps`: it draws the same with other
+/// operators. What is made on the way is left in the directory. Throws dead_end when it cannot be
+/// done or what came of it is not whole, and run_error.
+void take_detour(const figure& original, const drawing_programs& programs,
+                 const std::filesystem::path& directory, const std::filesystem::path& eps);
 
 }  // namespace trellion::batch

@@ -33,4 +33,8 @@ bool is_good(verdict result) {
 
 bool is_graver(verdict a, verdict b) { return gravity(a) > gravity(b); }
 
+std::int64_t sum(const hairline_counts& counts) {
+  return counts.ghostscript.value_or(0) + counts.cairo.value_or(0);
+}
+
 }  // namespace trellion::batch

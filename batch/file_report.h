@@ -30,6 +30,9 @@ struct hairline_counts {
   std::optional<std::int64_t> cairo;
 };
 
+/// By all who drew it.
+std::int64_t sum(const hairline_counts& counts);
+
 /// The row of a file in the table. What is unknown has no value.
 struct file_report {
   std::filesystem::path file;
@@ -50,6 +53,7 @@ struct file_report {
 struct dead_end {
   verdict result;
   std::string reason;
+  bool at_few_places = false;  ///< the picture changed, but hardly
 };
 
 }  // namespace trellion::batch

@@ -1,4 +1,4 @@
-#include "hairlines.h"
+#include "batch/hairlines.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "pixmap.h"
+#include "batch/pixmap.h"
 
 namespace trellion::batch {
 

@@ -1,4 +1,4 @@
-#include "interruption.h"
+#include "batch/interruption.h"
 
 #include <unistd.h>
 

@@ -4,7 +4,7 @@
 #include <csignal>
 #include <thread>
 
-#include "descriptors.h"
+#include "batch/descriptors.h"
 
 namespace trellion::batch {
 

@@ -28,8 +28,12 @@ picture_difference compare_sharp(const pixmap& input, const pixmap& result,
   const picture_difference& difference = *compared;
   if (difference.blank) withhold("the page is blank: is the BoundingBox beside the drawing?");
   if (difference.wrong > 0) {
-    withhold("the picture changed: " + std::to_string(difference.wrong) +
-             " pixels have a colour that is not there in the other picture");
+    constexpr std::int64_t few = 400;
+    constexpr std::int64_t few_together = 64;
+    throw dead_end{verdict::withheld,
+                   "the picture changed: " + std::to_string(difference.wrong) +
+                       " pixels have a colour that is not there in the other picture",
+                   difference.wrong <= few && difference.wrong_together <= few_together};
   }
   const bool too_many = difference.differing > percent_of_outlines * difference.pixels / 100;
   if (rule.mesh_closed && too_many) {
@@ -41,10 +45,6 @@ picture_difference compare_sharp(const pixmap& input, const pixmap& result,
 
 /// Beyond what the rounding of a few corners does.
 constexpr std::int64_t corners = 8;
-
-std::int64_t sum(const hairline_counts& counts) {
-  return counts.ghostscript.value_or(0) + counts.cairo.value_or(0);
-}
 
 /// By one renderer: the other can gain more than is lost here, but nobody is to see many more.
 bool grew_much(std::optional<std::int64_t> before, std::optional<std::int64_t> after) {
@@ -67,6 +67,17 @@ void compare_hairlines(appearance& input, appearance& result, const judging_rule
 }
 
 }  // namespace
+
+bool shows_the_same(appearance& input, appearance& result, const judging_rule& rule) {
+  try {
+    compare_sharp(input.coarse(), result.coarse(), rule);
+    compare_sharp(input.fine(), result.fine(), rule);
+    return true;
+  } catch (const dead_end& end) {
+    if (end.result == verdict::withheld) return false;
+    throw;
+  }
+}
 
 std::string judge(appearance& input, appearance& result, const judging_rule& rule) {
   const picture_difference coarse = compare_sharp(input.coarse(), result.coarse(), rule);

@@ -78,8 +78,7 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, and keep the best result");
   app.add_flag("--detour", options.detour, "By way of PDF (Ghostscript, pdftops), then -s2 or -s1");
   app.add_flag("-f,--force", options.replace, "Replace existing results");
-  app.add_flag("--keep", options.keep_all,
-               "Keep results not smaller, or with nothing joined, too");
+  app.add_flag("--keep", options.keep_all, "Keep results not smaller, or with nothing joined, too");
   app.add_flag("--verify", options.verify, "Compare the pictures (default if gs is there)");
   app.add_flag("--no-verify", no_verify, "Do not compare the pictures");
   add_number("-j,--jobs", options.jobs, 1, 1024, "N", "Files at a time (default: all cores)");

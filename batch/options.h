@@ -26,15 +26,15 @@ struct batch_options {
   bool remove_mesh = false;
   bool auto_way = false;  ///< try all ways and take the best
   bool detour = false;
-  bool replace = false;  ///< existing results
+  bool replace = false;   ///< existing results
   bool keep_all = false;  ///< results that are not smaller, or with nothing joined
   bool verify = false;
   bool show_hairlines = false;  ///< in the table
   bool quiet = false;
   unsigned jobs = 1;
-  std::chrono::seconds time_limit{300};              ///< for each child process
+  std::chrono::seconds time_limit{300};                 ///< for each child process
   std::uint64_t memory_limit = std::uint64_t{4} << 30;  ///< bytes, for each child process
-  std::filesystem::path report;                      ///< empty for none
+  std::filesystem::path report;                         ///< empty for none
   programs tools;
 };
 

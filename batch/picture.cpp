@@ -1,4 +1,4 @@
-#include "picture.h"
+#include "batch/picture.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "pixmap.h"
+#include "batch/pixmap.h"
 
 namespace trellion::batch {
 

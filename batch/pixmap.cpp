@@ -1,4 +1,4 @@
-#include "pixmap.h"
+#include "batch/pixmap.h"
 
 #include <png.h>
 

@@ -1,4 +1,4 @@
-#include "placing.h"
+#include "batch/placing.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

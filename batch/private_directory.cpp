@@ -1,4 +1,4 @@
-#include "private_directory.h"
+#include "batch/private_directory.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

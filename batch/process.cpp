@@ -1,4 +1,4 @@
-#include "process.h"
+#include "batch/process.h"
 
 #include <poll.h>
 #include <sys/wait.h>

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "child.h"
-#include "interruption.h"
-#include "supervisor.h"
+#include "batch/child.h"
+#include "batch/interruption.h"
+#include "batch/supervisor.h"
 
 namespace trellion::batch {
 

@@ -1,4 +1,4 @@
-#include "programs.h"
+#include "batch/programs.h"
 
 #include <unistd.h>
 

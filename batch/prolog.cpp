@@ -1,4 +1,4 @@
-#include "prolog.h"
+#include "batch/prolog.h"
 
 #include <algorithm>
 #include <unordered_map>

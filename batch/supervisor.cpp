@@ -1,4 +1,4 @@
-#include "supervisor.h"
+#include "batch/supervisor.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -54,8 +54,8 @@ struct column {
 };
 
 std::vector<column> columns_of_table(bool with_hairlines) {
-  std::vector<column> columns = {{"file", false},  {"way", false},    {"polygons", true},
-                                 {"after", true},  {"bytes", true},   {"after", true},
+  std::vector<column> columns = {{"file", false},   {"way", false},  {"polygons", true},
+                                 {"after", true},   {"bytes", true}, {"after", true},
                                  {"picture", false}};
   if (with_hairlines) columns.insert(columns.end(), {{"hairlines", true}, {"after", true}});
   columns.insert(columns.end(), {{"seconds", true}, {"result", false}});
@@ -109,8 +109,8 @@ file_report total_of(const std::vector<file_report>& reports) {
   return total;
 }
 
-/// For one line of a file that other programs read: nothing in it ends a field or steers a terminal,
-/// and all of it can be had back.
+/// For one line of a file that other programs read: nothing in it ends a field or steers a
+/// terminal, and all of it can be had back.
 std::string escaped(std::string_view text) {
   std::string result;
   for (const char c : text) {
@@ -161,10 +161,10 @@ void write_table(const std::vector<file_report>& reports, bool with_hairlines, t
     rows.push_back(row_of(report, printable(report.file), in_words(report), with_hairlines));
   }
   const auto n_written = std::ranges::count(reports, verdict::written, &file_report::result);
-  rows.push_back(row_of(total_of(reports),
-                        "written: " + std::to_string(n_written) + " of " +
-                            std::to_string(reports.size()),
-                        "", with_hairlines));
+  rows.push_back(
+      row_of(total_of(reports),
+             "written: " + std::to_string(n_written) + " of " + std::to_string(reports.size()), "",
+             with_hairlines));
 
   std::vector<std::size_t> widths(columns.size());
   for (const table_row& row : rows) {

@@ -40,6 +40,30 @@ bool read_number(std::string_view text, Number& value) {
   return error == std::errc{} && end == text.data() + text.size();
 }
 
+/// "FIRST-LAST," for each.
+std::string text_of(const std::vector<group_range>& ranges) {
+  std::string text;
+  for (const group_range& range : ranges) {
+    text += std::to_string(range.first) + '-' + std::to_string(range.last) + ',';
+  }
+  return text;
+}
+
+bool read_ranges(std::string_view text, std::vector<group_range>& ranges) {
+  while (!text.empty()) {
+    const std::size_t dash = text.find('-');
+    const std::size_t comma = text.find(',');
+    if (comma == std::string_view::npos || dash > comma) return false;
+    group_range& range = ranges.emplace_back();
+    if (!read_number(text.substr(0, dash), range.first) ||
+        !read_number(text.substr(dash + 1, comma - dash - 1), range.last)) {
+      return false;
+    }
+    text.remove_prefix(comma + 1);
+  }
+  return true;
+}
+
 /// Takes "NAME VALUE\n" off the text and returns the value; nothing when it does not begin so.
 std::optional<std::string_view> take_value(std::string_view& text, std::string_view name) {
   const std::size_t end = text.find('\n');
@@ -59,16 +83,19 @@ std::vector<std::string> worker_arguments(const repair_request& request) {
           request.result.string(),
           std::to_string(request.merge_limit),
           std::to_string(request.min_separators),
-          request.remove_mesh ? "1" : "0"};
+          request.remove_mesh ? "1" : "0",
+          text_of(request.left_alone)};
 }
 
 std::optional<repair_request> read_worker_arguments(std::span<const char* const> arguments) {
-  if (arguments.size() != 6 || arguments[0] != worker_argument) return std::nullopt;
-  repair_request request{arguments[1], arguments[2]};
+  if (arguments.size() != 7 || arguments[0] != worker_argument) return std::nullopt;
+  repair_request request;
+  request.source = arguments[1];
+  request.result = arguments[2];
   int remove_mesh = 0;
   if (!read_number(arguments[3], request.merge_limit) ||
       !read_number(arguments[4], request.min_separators) ||
-      !read_number(arguments[5], remove_mesh)) {
+      !read_number(arguments[5], remove_mesh) || !read_ranges(arguments[6], request.left_alone)) {
     return std::nullopt;
   }
   request.remove_mesh = remove_mesh != 0;
@@ -113,6 +140,7 @@ repair_outcome work(const repair_request& request) {
   settings.min_separators = request.min_separators;
   settings.remove_mesh = request.remove_mesh;
   settings.careful = true;
+  settings.left_alone = request.left_alone;
   no_console nobody;
   text_writer console(nobody);
   input_file input(request.source);

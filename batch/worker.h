@@ -21,6 +21,7 @@ struct repair_request {
   std::int32_t merge_limit = 0;
   std::int32_t min_separators = 2;
   bool remove_mesh = false;
+  std::vector<group_range> left_alone;
 
   bool operator==(const repair_request&) const = default;
 };

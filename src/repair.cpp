@@ -1,5 +1,6 @@
 #include "repair.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -51,8 +52,11 @@ class group_repair {
 
   void operator()(polygon_group& group) {
     console_.put("Group ").put(integer_field(++summary_.groups, 3)).put(':');
-    summary_.group_bytes +=
-        static_cast<std::int64_t>(group.begin.n_bytes() - group.end.n_bytes());
+    if (is_left_alone(summary_.groups)) {
+      purge({group.begin, group.end}, repaired_);
+      return;
+    }
+    summary_.group_bytes += static_cast<std::int64_t>(group.begin.n_bytes() - group.end.n_bytes());
     ps_path_queue queue = tokens_to_ps_path_queue(group, store_, console_);
     if (settings_.careful) {
       repaired_.put(' ');
@@ -73,6 +77,12 @@ class group_repair {
   }
 
  private:
+  [[nodiscard]] bool is_left_alone(std::int64_t number) const {
+    return std::ranges::any_of(settings_.left_alone, [number](const group_range& range) {
+      return range.first <= number && number <= range.last;
+    });
+  }
+
   /// Writes the polygons without area as they were read, and takes those that have kept points out
   /// of the queue. Filling draws them all the same, as lines and dots. The whole group is drawn in
   /// one paint, so that the order does not show: they go first, where they need not be kept.

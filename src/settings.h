@@ -4,10 +4,19 @@
 #include <iosfwd>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "files.h"
 
 namespace trellion {
+
+/// Groups by their numbers, from 1; both ends belong to it.
+struct group_range {
+  std::int64_t first = 1;
+  std::int64_t last = 0;
+
+  bool operator==(const group_range&) const = default;
+};
 
 /// What a run is asked to do.
 struct run_settings {
@@ -19,6 +28,7 @@ struct run_settings {
   bool verbose = false;
   /// Never set by trellion's own command line: what a program that judges the picture asks for.
   bool careful = false;
+  std::vector<group_range> left_alone;  ///< careful: these pass through as they stand
 };
 
 /// Takes the settings from the command line's arguments (the program's name left out), or, when

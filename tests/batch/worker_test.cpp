@@ -16,7 +16,7 @@ std::string told(const repair_outcome& outcome) {
 }
 
 TEST(worker, gets_its_request_and_tells_its_outcome_whole) {
-  const repair_request request{"/a b/c.eps", "-d.eps", 7, 3, true};
+  const repair_request request{"/a b/c.eps", "-d.eps", 7, 3, true, {{1, 2}, {5, 70}}};
   const std::vector<std::string> arguments = worker_arguments(request);
   std::vector<const char*> pointers;
   for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
@@ -48,7 +48,7 @@ TEST(worker, repairs_with_care) {
   const scratch_directory directory;
   const auto repaired = [&](const std::string& text) {
     directory.write("a.eps", text);
-    return work({directory.path() / "a.eps", directory.path() / "b.eps", 0, 2, false});
+    return work({directory.path() / "a.eps", directory.path() / "b.eps", 0, 2, false, {}});
   };
   // Two squares, a line that looks like a polygon, and a square that is drawn twice.
   const std::string line = "7 7 m 9 9 l h f\n";
@@ -63,7 +63,7 @@ TEST(worker, repairs_with_care) {
   EXPECT_NE(directory.read("b.eps").find("7 7 m"), std::string::npos);
 
   EXPECT_EQ(std::get<early_end>(repaired("%!\n")).reason, end_reason::no_operators);
-  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps"}), run_error);
+  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps", 0, 2, false, {}}), run_error);
 }
 
 }  // namespace
