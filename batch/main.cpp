@@ -23,6 +23,7 @@
 #include "batch/repair_job.h"
 #include "batch/supervisor.h"
 #include "batch/table.h"
+#include "batch/text.h"
 #include "batch/worker.h"
 #include "files.h"
 
