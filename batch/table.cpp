@@ -117,7 +117,8 @@ void write_table(const std::vector<file_report>& reports, bool with_hairlines, t
   std::vector<table_row> rows(1);
   for (const column& c : columns) rows.front().emplace_back(c.heading);
   for (const file_report& report : reports) {
-    rows.push_back(row_of(report, printable(report.file.native()), in_words(report), with_hairlines));
+    rows.push_back(
+        row_of(report, printable(report.file.native()), in_words(report), with_hairlines));
   }
   const auto n_written = std::ranges::count(reports, verdict::written, &file_report::result);
   rows.push_back(
