@@ -40,7 +40,7 @@ namespace {
 // The cost is the number of points, times a few logarithms, whatever the outlines are:
 //
 // 1. A merger looks at all of B, and a path filed under fewer points is looked at whole. That path
-//    is not taken up again, it can only be joined to one of as many points. So after either look as
+//    is not taken up again; it can only be joined to one of as many points. So after either look as
 //    many points are removed, or end in a path of twice the size.
 // 2. A large path looks at a neighbour in vain when what it knew of its rank is out of date. If
 // that
@@ -234,7 +234,6 @@ void engine::merge(const partner& found) {
     throw early_end{};
   }
   assert(is_sound(store_, current_));
-  large_.catch_up();
   index_changed_edges();
   ++merges_;
   if (path.n_points > n_) file_current();

@@ -134,13 +134,22 @@ class hard_groups {
     return group;
   }
 
-  /// Houses on a zigzag outline. Some have a ragged roof that is filled, so that they end with
-  /// fewer points than they began with.
+  /// Houses on a zigzag outline that may run along their floors more than once. Some have a ragged
+  /// roof that is filled, so that they end with fewer points than they began with.
   std::vector<polygon> houses() {
     std::vector<polygon> group;
     const int n = between(3, 12);
     polygon ground = {{n, -9}, {0, -9}};
-    for (int i = 0; i <= n; ++i) ground.push_back({10 * i, i % 2});
+    const int most_cellars = between(0, 1) * 3;
+    for (int i = 0; i < n; ++i) {
+      const vertex left = {10 * i, i % 2};
+      const vertex right = {10 * i + 10, (i + 1) % 2};
+      ground.push_back(left);
+      for (int cellars = between(0, most_cellars); cellars > 0; --cellars) {
+        ground.insert(ground.end(), {right, {10 * i + between(1, 9), -cellars}, left});
+      }
+    }
+    ground.push_back({10 * n, n % 2});
     for (int i = 0; i < n; ++i) {
       polygon roof;
       for (int x = 10 * i + 8; x > 10 * i && between(0, 6) > 0; --x) {
