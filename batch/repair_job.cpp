@@ -219,6 +219,8 @@ std::optional<candidate> repair_job::without_culprits(const near_miss& miss) {
     appearance look = workshop_.appearance_of(part, miss.place);
     return !shows_the_same(input, look, rule_for(way));
   };
+  constexpr group_range none{1, 0};
+  if (changes(none)) return std::nullopt;  // it was the detour
   const std::vector<group_range> culprits = find_culprits(n_groups, changes, most_tests);
   if (culprits.empty()) return std::nullopt;
   return workshop_.repair(way, culprits);
