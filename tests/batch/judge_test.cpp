@@ -133,9 +133,9 @@ TEST_F(judging, sees_hairlines_appear_and_grow) {
 
 TEST_F(judging, knows_nothing_of_what_shows_nothing) {
   const rows nothing(20, std::string(24, '.'));
-  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page shows nothing"));
   look("input", nothing, nothing, nothing);
-  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page shows nothing"));
   look("input", plain, plain, plain);
   EXPECT_EQ(judged({"r.", ".."}, plain, plain), "the picture has another size");
   directory.write("gs", "#!/bin/sh\n");

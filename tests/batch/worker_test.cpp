@@ -63,7 +63,8 @@ TEST(worker, repairs_with_care) {
   EXPECT_NE(directory.read("b.eps").find("7 7 m"), std::string::npos);
 
   EXPECT_EQ(std::get<early_end>(repaired("%!\n")).reason, end_reason::no_operators);
-  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps", 0, 2, false, {}}), run_error);
+  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps", 0, 2, false, {}}),
+               run_error);
 }
 
 }  // namespace
