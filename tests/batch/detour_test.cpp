@@ -26,6 +26,10 @@ TEST(detour, drops_what_no_one_names) {
   EXPECT_EQ(batch::without_unused_definitions(head + kept_1 + "% why\n" + dropped_1 + kept_2 +
                                               dropped_2 + tail),
             head + kept_1 + kept_2 + tail);
+  const std::string maps = "/CIDInit /ProcSet findresource begin\n /CMapName /Wide-H def\nend\n";
+  EXPECT_EQ(batch::without_unused_definitions(head + maps + tail), head + tail);
+  EXPECT_EQ(batch::without_unused_definitions(head + maps + tail + "/Wide-H\n"),
+            head + maps + tail + "/Wide-H\n");
   const std::string named = tail + "/show2 load\n";
   EXPECT_EQ(batch::without_unused_definitions(head + dropped_2 + named), head + dropped_2 + named);
 }
