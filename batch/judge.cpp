@@ -32,8 +32,6 @@ sharp_view compared(const pixmap& input, const pixmap& result, double dpi,
                     const judging_rule& rule) {
   const std::optional<picture_difference> difference = compare(input, result, rule.tolerance);
   if (!difference) withhold("the picture has another size");
-  if (difference->blank)
-    withhold("the page shows nothing but one colour: is the BoundingBox beside the drawing?");
   return {*difference, dpi};
 }
 
@@ -70,6 +68,9 @@ void check_colours(std::span<const sharp_view> views, const judging_rule& rule) 
   // Where the outlines of a mesh are stroked each moves by a pixel: so many of all may differ.
   constexpr std::int64_t percent_of_outlines = 10;
   for (const auto& [difference, dpi] : views) {
+    if (difference.blank) {
+      withhold("the page shows nothing but one colour: is the BoundingBox beside the drawing?");
+    }
     if (difference.wrong > 0) {
       const std::string count = std::to_string(difference.wrong);
       throw dead_end{verdict::withheld,

@@ -48,7 +48,8 @@ TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
       {"./greedy.eps", "FAILED: gs: needs too much memory"},
       {"./huge.eps", "WITHHELD: the page is too large to be compared"}};
   EXPECT_EQ(results(), expected);
-  EXPECT_EQ(run("--detour --time-limit 2 endless.eps").status, 1);
+  // Before a detour fills files with pages they are counted.
+  EXPECT_EQ(run("--detour --no-verify endless.eps").status, 1);
   EXPECT_EQ(results()["endless.eps"],
             "WITHHELD: it draws more than one page; no other way was better");
 }
