@@ -68,6 +68,16 @@ TEST(repair, sums_up_what_it_has_done) {
   EXPECT_TRUE(of_fold.area_lost);
 }
 
+TEST(repair, leaves_groups_alone_when_asked) {
+  run_settings settings;
+  settings.left_alone = {{2, 3}};
+  const std::string group = square + right_neighbour + "x\n";
+  const repaired_text result = repaired(group + group + group + group, settings);
+  EXPECT_EQ(result.summary.groups, 4);
+  EXPECT_EQ(result.summary.mergers, 2);
+  EXPECT_NE(result.text.find(group + group), std::string::npos);
+}
+
 TEST(repair, says_why_it_ends_early) {
   EXPECT_EQ(ending("1 2 x"), end_reason::no_operators);
   EXPECT_EQ(ending(square + square), end_reason::collapsed_path);

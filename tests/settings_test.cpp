@@ -56,7 +56,10 @@ TEST(settings, from_arguments_with_mistakes) {
 }
 
 TEST(settings, from_prompts) {
-  EXPECT_EQ(settings_for({}, "s\n3\n1\n1\n1\n"), "s.eps s_r.eps m3 s1");
+  EXPECT_EQ(settings_for({}, "s\r\n3\r\n1\n1\n1\n"), "s.eps s_r.eps m3 s1");
+  EXPECT_EQ(settings_for({}, "'s" + std::string(99, ' ') + "x'\n3\n1\n1\n1\n"),
+            "s.eps s_r.eps m3 s1")
+      << "a name is cut to 100 characters";
   EXPECT_EQ(settings_for({}, "\n  s.eps junk\nabc\n-1\n , 9\n0\n2 7\n3\n2\n1\n"),
             "s.eps s_r.eps m0 s2 r")
       << "the empty item leaves the -1 as it was, and the question is asked again";
