@@ -12,7 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr double points_per_inch = 72;
 /// More than a page of A4 at 600 dpi has. A drawing takes three bytes of memory for each.
 constexpr std::size_t max_pixels = 40'000'000;
 constexpr double max_coarse_pixels = 4e6;
@@ -55,6 +54,26 @@ resolutions resolutions_for(const page_frame& frame) {
   constexpr double least = 36;
   if (fine < least) throw dead_end{verdict::withheld, "the page is too large to be compared"};
   return {coarse, fine};
+}
+
+page_frame frame_around(const page_part& part, const page_frame& page, const resolutions& dpi) {
+  // At 600 dpi 3 points are 25 pixels, at 144 dpi 6.
+  constexpr std::int64_t raster = 3;
+  constexpr double margin = 6;
+  if (dpi.coarse != 144 || dpi.fine != 600) return page;
+  const auto below = [](double points, std::int64_t most) {
+    return std::clamp<std::int64_t>(std::llround(std::floor((points - margin) / raster)) * raster,
+                                    0, most);
+  };
+  const auto above = [](double points, std::int64_t most) {
+    return std::min<std::int64_t>(std::llround(std::ceil((points + margin) / raster)) * raster,
+                                  most);
+  };
+  const std::int64_t left = below(part.left, page.width - 1);
+  const std::int64_t top = below(part.top, page.height - 1);
+  const std::int64_t right = above(part.right, page.width);
+  const std::int64_t bottom = above(part.bottom, page.height);
+  return {page.left + left, page.bottom + page.height - bottom, right - left, bottom - top};
 }
 
 pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, double dpi,
@@ -146,18 +165,18 @@ child_result drawing_programs::run(const std::vector<std::string>& command, std:
 }
 
 const pixmap& appearance::drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth) {
-  if (!drawing) drawing = programs_.draw(eps_, frame_, dpi, smooth);
+  if (!drawing) drawing = programs_->draw(eps_, frame_, dpi, smooth);
   return *drawing;
 }
 
 const hairline_counts& appearance::hairlines() {
   if (hairlines_) return *hairlines_;
   hairline_counts counts{hairline_pixels(smooth(), coarse()), std::nullopt};
-  if (programs_.can_draw_pdf()) {
+  if (programs_->can_draw_pdf()) {
     const fs::path pdf = fs::path(eps_).replace_extension(".pdf");
-    programs_.to_pdf(eps_, frame_, pdf);
-    counts.cairo = hairline_pixels(programs_.draw_pdf(pdf, dpi_.coarse, antialiasing::on),
-                                   programs_.draw_pdf(pdf, dpi_.coarse, antialiasing::off));
+    programs_->to_pdf(eps_, frame_, pdf);
+    counts.cairo = hairline_pixels(programs_->draw_pdf(pdf, dpi_.coarse, antialiasing::on),
+                                   programs_->draw_pdf(pdf, dpi_.coarse, antialiasing::off));
   }
   return hairlines_.emplace(counts);
 }

@@ -15,6 +15,8 @@ namespace trellion::batch {
 
 enum class antialiasing { off, on };
 
+inline constexpr double points_per_inch = 72;
+
 /// Dots per inch to draw a page at.
 struct resolutions {
   double coarse;  ///< about that of a screen
@@ -24,6 +26,10 @@ struct resolutions {
 /// What suits a page: small figures are drawn finer, large ones no larger than memory and patience
 /// allow. Throws dead_end for a page that is too large to be looked at.
 resolutions resolutions_for(const page_frame& frame);
+
+/// The frame around a part of a page, in which every pixel is drawn as it is on the whole page.
+/// That is the whole page where the resolutions have no common raster.
+page_frame frame_around(const page_part& part, const page_frame& page, const resolutions& dpi);
 
 /// Runs the programs that draw and convert figures. All throw dead_end, which names the program and
 /// says why it failed, and run_error.
@@ -68,9 +74,11 @@ class drawing_programs {
 class appearance {
  public:
   /// `eps` begins with the head for its frame. A PDF of it is written beside it.
-  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame)
-      : programs_(programs), eps_(std::move(eps)), frame_(frame), dpi_(resolutions_for(frame)) {}
+  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame,
+             const resolutions& dpi)
+      : programs_(&programs), eps_(std::move(eps)), frame_(frame), dpi_(dpi) {}
 
+  [[nodiscard]] const resolutions& dpi() const { return dpi_; }
   const pixmap& coarse() { return drawn(coarse_, dpi_.coarse, antialiasing::off); }
   const pixmap& smooth() { return drawn(smooth_, dpi_.coarse, antialiasing::on); }
   const pixmap& fine() { return drawn(fine_, dpi_.fine, antialiasing::off); }
@@ -80,7 +88,7 @@ class appearance {
  private:
   const pixmap& drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth);
 
-  const drawing_programs& programs_;
+  const drawing_programs* programs_;
   std::filesystem::path eps_;
   page_frame frame_;
   resolutions dpi_;

@@ -49,11 +49,20 @@ struct file_report {
   std::string reason;  ///< why there is no result
 };
 
+/// A part of a page, in points from its left and upper edges.
+struct page_part {
+  double left;
+  double top;
+  double right;
+  double bottom;
+};
+
 /// Work that leads to no result that can be kept: how it ends, and why, in words for the user.
 struct dead_end {
   verdict result;
   std::string reason;
-  bool at_few_places = false;  ///< the picture changed, but hardly
+  /// Where the picture changed, if it did at few places.
+  std::optional<page_part> place = std::nullopt;
 };
 
 }  // namespace trellion::batch

@@ -1,5 +1,9 @@
 #include "batch/judge.h"
 
+#include <algorithm>
+#include <array>
+#include <span>
+
 #include "batch/hairlines.h"
 #include "batch/picture.h"
 
@@ -18,29 +22,65 @@ std::string percent(std::int64_t part, std::int64_t whole) {
   throw dead_end{verdict::withheld, std::move(reason)};
 }
 
-/// Where the outlines of a mesh are stroked each moves by a pixel: so many of all may differ.
-constexpr std::int64_t percent_of_outlines = 10;
+/// What the comparison at one resolution showed.
+struct sharp_view {
+  picture_difference difference;
+  double dpi;
+};
 
-picture_difference compare_sharp(const pixmap& input, const pixmap& result,
-                                 const judging_rule& rule) {
-  const std::optional<picture_difference> compared = compare(input, result, rule.tolerance);
-  if (!compared) withhold("the picture has another size");
-  const picture_difference& difference = *compared;
-  if (difference.blank) withhold("the page is blank: is the BoundingBox beside the drawing?");
-  if (difference.wrong > 0) {
-    constexpr std::int64_t few = 400;
-    constexpr std::int64_t few_together = 64;
-    throw dead_end{verdict::withheld,
-                   "the picture changed: " + std::to_string(difference.wrong) +
-                       " pixels have a colour that is not there in the other picture",
-                   difference.wrong <= few && difference.wrong_together <= few_together};
+sharp_view compared(const pixmap& input, const pixmap& result, double dpi,
+                    const judging_rule& rule) {
+  const std::optional<picture_difference> difference = compare(input, result, rule.tolerance);
+  if (!difference) withhold("the picture has another size");
+  if (difference->blank) withhold("the page is blank: is the BoundingBox beside the drawing?");
+  return {*difference, dpi};
+}
+
+/// Both resolutions, that of the screen first.
+std::array<sharp_view, 2> sharp_views(appearance& input, appearance& result,
+                                      const judging_rule& rule) {
+  return {compared(input.coarse(), result.coarse(), input.dpi().coarse, rule),
+          compared(input.fine(), result.fine(), input.dpi().fine, rule)};
+}
+
+bool is_right(const sharp_view& view) { return view.difference.wrong == 0; }
+
+/// Around the wrong pixels of all views, if they are few and in small groups.
+std::optional<page_part> place_of_few(std::span<const sharp_view> views) {
+  constexpr std::int64_t few = 400;
+  constexpr std::int64_t few_together = 64;
+  std::optional<page_part> place;
+  for (const auto& [difference, dpi] : views) {
+    if (difference.wrong > few || difference.wrong_together > few_together) return std::nullopt;
+    if (difference.wrong == 0) continue;
+    const double points = points_per_inch / dpi;
+    const pixel_box& box = difference.wrong_within;
+    const page_part part{
+        points * static_cast<double>(box.left), points * static_cast<double>(box.top),
+        points * static_cast<double>(box.right), points * static_cast<double>(box.bottom)};
+    if (!place) place = part;
+    place = {std::min(place->left, part.left), std::min(place->top, part.top),
+             std::max(place->right, part.right), std::max(place->bottom, part.bottom)};
   }
-  const bool too_many = difference.differing > percent_of_outlines * difference.pixels / 100;
-  if (rule.mesh_closed && too_many) {
-    withhold("the picture changed: " + percent(difference.differing, difference.pixels) +
-             " of the pixels differ");
+  return place;
+}
+
+void check_colours(std::span<const sharp_view> views, const judging_rule& rule) {
+  // Where the outlines of a mesh are stroked each moves by a pixel: so many of all may differ.
+  constexpr std::int64_t percent_of_outlines = 10;
+  for (const auto& [difference, dpi] : views) {
+    if (difference.wrong > 0) {
+      throw dead_end{verdict::withheld,
+                     "the picture changed: " + std::to_string(difference.wrong) +
+                         " pixels have a colour that is not there in the other picture",
+                     place_of_few(views)};
+    }
+    const bool too_many = difference.differing > percent_of_outlines * difference.pixels / 100;
+    if (rule.mesh_closed && too_many) {
+      withhold("the picture changed: " + percent(difference.differing, difference.pixels) +
+               " of the pixels differ");
+    }
   }
-  return difference;
 }
 
 /// Beyond what the rounding of a few corners does.
@@ -69,22 +109,20 @@ void compare_hairlines(appearance& input, appearance& result, const judging_rule
 }  // namespace
 
 bool shows_the_same(appearance& input, appearance& result, const judging_rule& rule) {
-  try {
-    compare_sharp(input.coarse(), result.coarse(), rule);
-    compare_sharp(input.fine(), result.fine(), rule);
-    return true;
-  } catch (const dead_end& end) {
-    if (end.result == verdict::withheld) return false;
-    throw;
-  }
+  return std::ranges::all_of(sharp_views(input, result, rule), is_right);
 }
 
 std::string judge(appearance& input, appearance& result, const judging_rule& rule) {
-  const picture_difference coarse = compare_sharp(input.coarse(), result.coarse(), rule);
-  const picture_difference fine = compare_sharp(input.fine(), result.fine(), rule);
+  const std::array<sharp_view, 2> views = sharp_views(input, result, rule);
+  check_colours(views, rule);
   compare_hairlines(input, result, rule);
-  if (coarse.differing + fine.differing == 0) return "same";
-  return "same but " + percent(coarse.differing + fine.differing, coarse.pixels + fine.pixels);
+  std::int64_t pixels = 0;
+  std::int64_t differing = 0;
+  for (const auto& [difference, dpi] : views) {
+    pixels += difference.pixels;
+    differing += difference.differing;
+  }
+  return differing == 0 ? "same" : "same but " + percent(differing, pixels);
 }
 
 }  // namespace trellion::batch

@@ -22,7 +22,7 @@ struct judging_rule {
 /// 2. That holds at the resolution of a screen and at that of print, where slivers show.
 /// 3. Drawn anti-aliased, hairlines may vanish, but none may appear, nor grow in number.
 ///
-/// A dead end is marked where few pixels, in small groups, are wrong.
+/// A dead end tells the place where few pixels, in small groups, are wrong.
 std::string judge(appearance& input, appearance& result, const judging_rule& rule);
 
 /// Whether only 1 and 2 hold.

@@ -5,7 +5,6 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <fstream>
 #include <memory>
 #include <numeric>
 #include <set>
@@ -21,8 +20,10 @@
 #include "batch/process.h"
 #include "batch/progress.h"
 #include "batch/repair_job.h"
+#include "batch/report_file.h"
 #include "batch/supervisor.h"
 #include "batch/table.h"
+#include "batch/text.h"
 #include "batch/worker.h"
 #include "files.h"
 
@@ -92,41 +93,11 @@ void clean_up_after_others(const std::vector<fs::path>& files) {
   for (const fs::path& directory : directories) remove_abandoned_directories(directory);
 }
 
-bool is_a_report(const fs::path& file) {
-  std::ifstream existing(file, std::ios::binary);
-  std::string begin(report_begin.size(), '\0');
-  existing.read(begin.data(), static_cast<std::streamsize>(begin.size()));
-  return begin == report_begin;
-}
-
-/// Opens the report before the work, so that a wrong name does not show after hours. Nothing is
-/// replaced but a report of ours, or what is no file at all, such as a terminal.
-std::unique_ptr<output_file> open_report(const fs::path& name,
-                                         const std::vector<fs::path>& inputs) {
-  if (name.empty()) return nullptr;
-  const auto refuse = [&name](const char* why) {
-    throw run_error("cannot write the report to '" + name.string() + "': " + why);
-  };
-  for (const fs::path& input : inputs) {
-    if (is_same_place(name, input) || is_same_place(name, result_path(input))) {
-      refuse("it is an input or a result");
-    }
-  }
-  std::error_code ignored;
-  const bool holds_something =
-      fs::is_regular_file(name, ignored) && fs::file_size(name, ignored) > 0;
-  if (holds_something && !is_a_report(name)) refuse("it holds something else");
-  return std::make_unique<output_file>(name, output_file::mode::replace);
-}
-
-/// False, with the reason on standard error, when the report cannot be written: hours of work are
-/// not to end without the table on the console.
-bool write_report(const std::vector<file_report>& reports, output_file& file) {
+/// Hours of work are not to end without the table on the console: what goes wrong with the report
+/// is told. False then.
+bool try_to_report(const std::vector<file_report>& reports, output_file& file) {
   try {
-    text_writer report(file);
-    write_tsv(reports, report);
-    report.flush();
-    file.close();
+    write_report(reports, file);
     return true;
   } catch (const run_error& error) {
     complain(error.what());
@@ -143,7 +114,7 @@ int run(const batch_options& options, const interruption& interrupted) {
   clean_up_after_others(files);
   const std::vector<file_report> reports = repair_all(files, options, interrupted);
 
-  if (report_file && !write_report(reports, *report_file)) complete = false;
+  if (report_file && !try_to_report(reports, *report_file)) complete = false;
   console_output standard_output;
   text_writer console(standard_output);
   write_table(reports, options.show_hairlines, console);

@@ -10,6 +10,8 @@
 #include <csignal>
 #include <system_error>
 
+#include "batch/text.h"
+
 namespace trellion::batch {
 namespace {
 
@@ -57,17 +59,19 @@ class last_messages {
     text_ += bytes;
     if (text_.size() > 2 * max_messages) cut();
   }
-  /// Without what could steer a terminal: control characters, in UTF-8 as well.
+  /// Line by line as they can be shown.
   std::string shown() {
     cut();
-    char previous = 0;
-    for (char& c : text_) {
-      const auto code = static_cast<unsigned char>(c);
-      const bool second_half = previous == '\xC2' && code >= 0x80 && code < 0xA0;
-      previous = c;
-      if ((code < ' ' && c != '\n') || code == 0x7F || second_half) c = '?';
+    std::string result;
+    for (std::string_view rest = text_; !rest.empty();) {
+      const std::size_t length = std::min(rest.find('\n'), rest.size());
+      result += printable(rest.substr(0, length));
+      rest.remove_prefix(length);
+      if (rest.empty()) break;
+      result += '\n';
+      rest.remove_prefix(1);
     }
-    return std::move(text_);
+    return result;
   }
 
  private:

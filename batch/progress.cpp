@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "batch/table.h"
+#include "batch/text.h"
 
 namespace trellion::batch {
 
@@ -20,10 +21,10 @@ void progress::tell(const file_report& report) {
   if (on_terminal_) {
     // A line that is longer than the terminal is wide could not be overwritten.
     constexpr std::size_t width = 79;
-    const std::string line = count + printable(report.file.filename()) + words;
+    const std::string line = count + printable(report.file.filename().native()) + words;
     std::fprintf(stderr, "\r\x1b[K%s", line.substr(0, width).c_str());
   } else {
-    std::fprintf(stderr, "%s\n", (count + printable(report.file) + words).c_str());
+    std::fprintf(stderr, "%s\n", (count + printable(report.file.native()) + words).c_str());
   }
 }
 

@@ -92,10 +92,16 @@ class repair_job {
     file_report report;
   };
 
+  /// A result that changes the picture at few places.
+  struct near_miss {
+    candidate made;
+    page_part place;
+  };
+
   void repair_all_ways();
   std::optional<finding> best_result();
   std::optional<finding> best_without_culprits();
-  std::optional<candidate> without_culprits(const candidate& made);
+  std::optional<candidate> without_culprits(const near_miss& miss);
   void check_gain(const candidate& made) const;
   void compare(const candidate& made, file_report& report);
   verdict put_in_place(const candidate& best) const;
@@ -108,7 +114,7 @@ class repair_job {
   const batch_options& options_;
   workshop workshop_;
   std::vector<candidate> candidates_;  // the smallest first
-  std::vector<candidate> nearly_;      // that change the picture at few places
+  std::vector<near_miss> near_misses_;
   std::optional<file_report> gravest_;
 };
 
@@ -187,10 +193,10 @@ std::optional<repair_job::finding> repair_job::best_result() {
 /// The first of those that change the picture at few places that does not when the groups that do
 /// it are left alone.
 std::optional<repair_job::finding> repair_job::best_without_culprits() {
-  for (const candidate& made : std::exchange(nearly_, {})) {
-    finding found{made, report_of(made)};
+  for (const near_miss& miss : std::exchange(near_misses_, {})) {
+    finding found{miss.made, report_of(miss.made)};
     const bool mended = reach(found.report, [&] {
-      std::optional<candidate> spared = without_culprits(made);
+      std::optional<candidate> spared = without_culprits(miss);
       if (!spared) throw dead_end{verdict::withheld, "the picture changed at many places"};
       found = {*spared, report_of(*spared)};
       check_gain(*spared);
@@ -203,17 +209,21 @@ std::optional<repair_job::finding> repair_job::best_without_culprits() {
 }
 
 /// The same repair without the groups that change the picture; nothing when they are too many.
-std::optional<candidate> repair_job::without_culprits(const candidate& made) {
-  constexpr int most_tests = 48;
-  const std::int64_t n_groups = made.summary.groups;
+std::optional<candidate> repair_job::without_culprits(const near_miss& miss) {
+  constexpr int most_tests = 64;
+  const repair_way& way = miss.made.way;
+  const std::int64_t n_groups = miss.made.summary.groups;
+  appearance input = workshop_.input_appearance(miss.place);
   const auto changes = [&](const group_range& joined) {
-    const candidate part = workshop_.repair(made.way, all_but(joined, n_groups));
-    appearance look = workshop_.appearance_of(part);
-    return !shows_the_same(workshop_.input_appearance(), look, rule_for(made.way));
+    const candidate part = workshop_.repair(way, all_but(joined, n_groups));
+    appearance look = workshop_.appearance_of(part, miss.place);
+    return !shows_the_same(input, look, rule_for(way));
   };
+  constexpr group_range none{1, 0};
+  if (changes(none)) return std::nullopt;  // it was the detour
   const std::vector<group_range> culprits = find_culprits(n_groups, changes, most_tests);
   if (culprits.empty()) return std::nullopt;
-  return workshop_.repair(made.way, culprits);
+  return workshop_.repair(way, culprits);
 }
 
 void repair_job::check_gain(const candidate& made) const {
@@ -238,7 +248,7 @@ void repair_job::compare(const candidate& made, file_report& report) {
   try {
     report.picture = judge(input, result, rule_for(made.way));
   } catch (const dead_end& end) {
-    if (end.at_few_places && made.summary.groups > 1) nearly_.push_back(made);
+    if (end.place && made.summary.groups > 1) near_misses_.push_back({made, *end.place});
     throw;
   }
   report.hairlines_before = input.hairlines();

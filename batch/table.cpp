@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "batch/text.h"
 #include "param.h"
 
 namespace trellion::batch {
@@ -38,12 +39,6 @@ std::string seconds_text(double seconds) {
   std::array<char, 32> text{};
   std::snprintf(text.data(), text.size(), "%.1f", seconds);
   return text.data();
-}
-
-/// How many columns a text in UTF-8 takes, wide and combining characters aside.
-std::size_t width_of(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(text, [](unsigned char c) { return (c & 0xc0) != 0x80; }));
 }
 
 using table_row = std::vector<std::string>;
@@ -109,43 +104,7 @@ file_report total_of(const std::vector<file_report>& reports) {
   return total;
 }
 
-/// For one line of a file that other programs read: nothing in it ends a field or steers a
-/// terminal, and all of it can be had back.
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\\') {
-      result += "\\\\";
-    } else if (c == '\t') {
-      result += "\\t";
-    } else if (c == '\n') {
-      result += "\\n";
-    } else if (byte < ' ' || byte == 0x7f) {
-      constexpr std::string_view digits = "0123456789abcdef";
-      result.append("\\x") += digits[byte / 16];
-      result += digits[byte % 16];
-    } else {
-      result += c;
-    }
-  }
-  return result;
-}
-
 }  // namespace
-
-std::string printable(std::string text) {
-  unsigned char before = 0;
-  for (char& c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool is_control = byte < ' ' || byte == 0x7f;
-    // The control characters beyond ASCII have two bytes in UTF-8.
-    const bool is_second_of_control = before == 0xc2 && byte >= 0x80 && byte < 0xa0;
-    if (is_control || is_second_of_control) c = '?';
-    before = byte;
-  }
-  return text;
-}
 
 std::string in_words(const file_report& report) {
   std::string words(name_of(report.result));
@@ -158,7 +117,8 @@ void write_table(const std::vector<file_report>& reports, bool with_hairlines, t
   std::vector<table_row> rows(1);
   for (const column& c : columns) rows.front().emplace_back(c.heading);
   for (const file_report& report : reports) {
-    rows.push_back(row_of(report, printable(report.file), in_words(report), with_hairlines));
+    rows.push_back(
+        row_of(report, printable(report.file.native()), in_words(report), with_hairlines));
   }
   const auto n_written = std::ranges::count(reports, verdict::written, &file_report::result);
   rows.push_back(

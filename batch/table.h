@@ -9,9 +9,6 @@
 
 namespace trellion::batch {
 
-/// The text with everything replaced that would move a terminal's cursor or change its colours.
-std::string printable(std::string text);
-
 /// What became of a file in a few words: the verdict and, unless a result was written, why.
 std::string in_words(const file_report& report);
 

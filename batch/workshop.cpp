@@ -87,18 +87,27 @@ candidate workshop::repair(const repair_way& way, const std::vector<group_range>
 }
 
 appearance& workshop::input_appearance() {
-  if (!appearance_) {
-    const fs::path framed = directory_ / "input.eps";
-    write_framed(input_.file, frame(), framed);
-    appearance_.emplace(programs_, framed, frame());
-  }
+  if (!appearance_) appearance_.emplace(framed(input_.file, directory_ / "input.eps", frame()));
   return *appearance_;
 }
 
 appearance workshop::appearance_of(const candidate& made) {
-  const fs::path framed = made.file.parent_path() / "framed.eps";
-  write_framed(made.file, frame(), framed);
-  return {programs_, framed, frame()};
+  return framed(made.file, made.file.parent_path() / "framed.eps", frame());
+}
+
+appearance workshop::input_appearance(const page_part& part) {
+  return framed(input_.file, directory_ / "part.eps",
+                frame_around(part, frame(), resolutions_for(frame())));
+}
+
+appearance workshop::appearance_of(const candidate& made, const page_part& part) {
+  return framed(made.file, made.file.parent_path() / "part.eps",
+                frame_around(part, frame(), resolutions_for(frame())));
+}
+
+appearance workshop::framed(const fs::path& source, const fs::path& eps, const page_frame& part) {
+  write_framed(source, part, eps);
+  return {programs_, eps, part, resolutions_for(frame())};
 }
 
 const fs::path& workshop::source_of(const repair_way& way) {

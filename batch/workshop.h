@@ -40,11 +40,16 @@ class workshop {
   appearance& input_appearance();
   /// How a candidate looks, on the same page.
   appearance appearance_of(const candidate& made);
+  /// How both look around a part of the page.
+  appearance input_appearance(const page_part& part);
+  appearance appearance_of(const candidate& made, const page_part& part);
 
  private:
   const std::filesystem::path& source_of(const repair_way& way);
   const std::filesystem::path& detour();
   const page_frame& frame();
+  appearance framed(const std::filesystem::path& source, const std::filesystem::path& eps,
+                    const page_frame& part);
 
   figure input_;
   const batch_options& options_;

@@ -4,7 +4,7 @@
 
 namespace trellion {
 
-/// The joined ring begins behind the edge of a that goes, and that of b lies where it ends.
+/// The joined ring begins after the edge of a that disappears; that of b lay at its other end.
 void cleanup::note_suspects(path_index a, path_index b) {
   suspects_.clear();
   for (const path_index path : {a, b}) {
@@ -61,7 +61,7 @@ void cleanup::remove_point(point_index point) {
   if (index_.contains(point)) {
     index_.remove(point);
   } else {
-    // The walk backs up over the changes behind it in the reverse of their order.
+    // Backing up, the walk meets its changes in the reverse of their order.
     assert(!changed_.empty() && changed_.back() == point);
     changed_.pop_back();
   }

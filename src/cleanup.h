@@ -16,7 +16,7 @@ namespace trellion {
 /// The walk jumps from suspect to suspect, in the order of the ring. What it jumps over would have
 /// been tested, kept and left alone, so the ring, the cursor, and the point left untested are the
 /// same. The jumps end at the stop point: it begins as the last suspect, and when the walk backs
-/// up over its start it moves, always to the point before the cursor, so it stays behind all
+/// up over its start it moves, always to the point before the cursor, so it stays after all
 /// suspects that are still to come.
 class cleanup {
  public:
@@ -37,7 +37,7 @@ class cleanup {
   path_store& store_;
   edge_index& index_;
   std::vector<point_index> suspects_;  // in the order of the ring, from the cursor on
-  std::vector<edge> changed_;          // those behind the walk, in the order of the ring
+  std::vector<edge> changed_;          // those that the walk has passed, in the order of the ring
 };
 
 }  // namespace trellion

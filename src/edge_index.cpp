@@ -25,14 +25,17 @@ std::uint64_t drawn_number(std::random_device& source) {
 const hash_keys& drawn_keys() {
   static const hash_keys keys = [] {
     std::random_device source;
-    return hash_keys{drawn_number(source), drawn_number(source), drawn_number(source) | 1};
+    return hash_keys{drawn_number(source) | 1, drawn_number(source) | 1, drawn_number(source) | 1};
   }();
   return keys;
 }
 
-/// The product of the halves. For two numbers that differ, the difference of it at k plus the one
-/// and k plus the other is rarely any given number, whatever k is.
-std::uint64_t folded(std::uint64_t n) { return (n >> 32) * (n & UINT32_MAX); }
+/// Both halves of a product of 128 bits, so that no bit of n is lost, not the highest either.
+std::uint64_t folded(std::uint64_t n, std::uint64_t key) {
+  __extension__ using product = unsigned __int128;
+  const product p = product{n} * key;
+  return static_cast<std::uint64_t>(p) + static_cast<std::uint64_t>(p >> 64);
+}
 
 }  // namespace
 
@@ -97,14 +100,13 @@ bool edge_index::lie_alike(edge a, edge b) const {
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
-/// The same for both directions of an edge. Two edges hash alike with a chance of about 2 to the
-/// power -31, taken over the keys, whichever edges they are.
+/// The same for both directions of an edge.
 std::uint64_t edge_index::hash(edge e) const {
   const ps_point& p = store_.points[e];
   const std::uint64_t a = packed(p);
   const std::uint64_t b = packed(store_.points[p.next]);
   const std::uint64_t h =
-      folded(std::min(a, b) + keys_.smaller_point) + folded(std::max(a, b) + keys_.larger_point);
+      folded(std::min(a, b), keys_.smaller_point) + folded(std::max(a, b), keys_.larger_point);
   return (h ^ h >> 32) * keys_.last_factor;
 }
 
@@ -201,7 +203,7 @@ void edge_index::resize_table(std::size_t least_slots) {
   for (const slot s : old_slots) {
     if (s == empty_slot || !is_live_head(edge_in(s))) continue;
     const std::uint64_t h = hash(edge_in(s));
-    if (s != slot_for(edge_in(s), h)) continue;  // left behind by the edge when it lay elsewhere
+    if (s != slot_for(edge_in(s), h)) continue;  // from when the edge lay elsewhere
     std::size_t i = home(h);
     while (slots_[i] != empty_slot && slots_[i] != s) i = (i + 1) & (size - 1);
     if (slots_[i] == empty_slot) ++used_slots_;

@@ -44,12 +44,12 @@ class lazy_heap {
   std::vector<ranked> entries_;
 };
 
-/// What the hashes are made with. It is drawn anew for every run, or figures could be made whose
-/// edges all hash alike; nothing but the time depends on it.
+/// What the hashes are made with, odd numbers. They are drawn anew for every run, or figures could
+/// be made whose edges all hash alike; nothing but the time depends on them.
 struct hash_keys {
   std::uint64_t smaller_point;
   std::uint64_t larger_point;
-  std::uint64_t last_factor;  // odd
+  std::uint64_t last_factor;
 };
 
 /// Knows which edges of different paths lie between the same two points, whatever their directions.
@@ -65,7 +65,7 @@ struct hash_keys {
 ///
 /// 1. Every bundle that is not empty has one head, and a slot of the table, reachable from the hash
 ///    of its two points, that holds the head.
-/// 2. Slots of removed edges stay behind. They are no heads, so they match nothing, and are used
+/// 2. Slots of removed edges stay. They are no heads, so they match nothing, and are used
 ///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
 ///    bundle in the meantime does no harm: what it holds is compared with what is looked for. So an
 ///    edge can stand in two slots, and whichever is met first serves.

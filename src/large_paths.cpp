@@ -21,8 +21,18 @@ void large_paths::add(path_index path) {
 
 void large_paths::remove(path_index path) {
   if (!is_large_[path]) return;
+  if (path == last_) last_ = no_path;
   large_.erase(path);
   is_large_[path] = false;
+}
+
+/// Mostly the path that was asked for last is asked for again.
+large_paths::large_path& large_paths::of(path_index path) {
+  if (path != last_) {
+    last_ = path;
+    last_large_ = &large_.at(path);
+  }
+  return *last_large_;
 }
 
 void large_paths::note_edge(path_index path, edge e) {
@@ -30,12 +40,12 @@ void large_paths::note_edge(path_index path, edge e) {
   if (index_.is_crowded(e)) {
     enter_crowd(path, e);
   } else if (neighbour.what != no_path) {
-    large_.at(path).by_rank.push({neighbour.order, e});
+    of(path).by_rank.push({neighbour.order, e});
   }
 }
 
 void large_paths::note_stretch(path_index path, edge first, edge last) {
-  if (large_.at(path).has_labels) order_.label_inserted(first, last);
+  if (of(path).has_labels) order_.label_inserted(first, last);
   for (edge e = first;; e = store_.points[e].next) {
     note_edge(path, e);
     if (e == last) return;
@@ -50,7 +60,7 @@ void large_paths::catch_up() {
       enter_crowd(path, e);
       continue;
     }
-    large_path& large = large_.at(path);
+    large_path& large = of(path);
     const auto own = large.crowds.find(id);
     if (own == large.crowds.end()) continue;
     auto& edges = own->second.edges;
@@ -68,7 +78,7 @@ void large_paths::set_bound(large_path& large, crowd_id id, own_crowd& own, rank
 }
 
 void large_paths::enter_crowd(path_index path, edge e) {
-  large_path& large = large_.at(path);
+  large_path& large = of(path);
   label(large, path);
   const crowd_id id = index_.crowd_of(e);
   const auto [found, added] =
@@ -94,7 +104,7 @@ void large_paths::announce(edge e) {
     if (id >= watchers_.size()) return;
     for (const path_index path : std::exchange(watchers_[id], {})) {
       if (!is_large_[path]) continue;
-      large_path& large = large_.at(path);
+      large_path& large = of(path);
       own_crowd& own = large.crowds.at(id);
       own.watched = false;
       set_bound(large, id, own, 0);
@@ -105,15 +115,14 @@ void large_paths::announce(edge e) {
   const rank order = index_.rank_of(index_.owner(e));
   index_.for_each_alike(e, [&](edge alike) {
     const path_index neighbour = index_.owner(alike);
-    if (is_large_[neighbour]) large_.at(neighbour).by_rank.push({order, alike});
+    if (is_large_[neighbour]) of(neighbour).by_rank.push({order, alike});
   });
 }
 
 ranked large_paths::first_neighbour(path_index path) {
-  catch_up();
-  large_path& large = large_.at(path);
+  large_path& large = of(path);
   ranked best = first_lone_neighbour(large, path);
-  catch_up();  // the look may have made crowds
+  catch_up();
   while (!large.bounds.empty()) {
     const auto [bound, id] = *large.bounds.begin();
     if (bound >= best.order) break;
@@ -172,7 +181,7 @@ edge large_paths::first_shared_edge(path_index path, path_index partner) {
   catch_up();  // the look may have made crowds
   std::ranges::sort(crowds);
   crowds.erase(std::unique(crowds.begin(), crowds.end()), crowds.end());
-  const large_path& large = large_.at(path);
+  const large_path& large = of(path);
   for (const crowd_id id : crowds) {
     const auto own = large.crowds.find(id);
     if (own == large.crowds.end() || own->second.edges.empty()) continue;
@@ -209,7 +218,7 @@ edge large_paths::first_from_cursor(path_index path, std::vector<edge> edges) {
   }
   if (runners.size() == 1) return runners.front().from;
 
-  label(large_.at(path), path);
+  label(of(path), path);
   return std::ranges::min(runners, {},
                           [&](const runner& r) { return order_.distance(start, r.from); })
       .from;

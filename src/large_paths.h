@@ -42,8 +42,8 @@ class large_paths {
   void note_edge(path_index path, edge e);
   /// Takes note of the points from `first` to `last` that have been linked into a large path.
   void note_stretch(path_index path, edge first, edge last);
-  /// Takes note of the edges that have come into crowds or left them. It must be called before any
-  /// edge gets another owner, and before edges that were taken out of the index come back.
+  /// Takes note of the edges that have come into crowds or left them. Must be called before edges
+  /// get other owners or points are linked into a large path; looks call it themselves.
   void catch_up();
   /// Lets the large paths beside an edge, and its crowd, know that it is there, or that the rank of
   /// its path has become smaller.
@@ -68,6 +68,7 @@ class large_paths {
     bool has_labels = false;
   };
 
+  large_path& of(path_index path);
   static void set_bound(large_path& large, crowd_id id, own_crowd& own, rank bound);
   void enter_crowd(path_index path, edge e);
   void label(large_path& large, path_index path);
@@ -79,6 +80,8 @@ class large_paths {
   std::uint32_t patience_;
   ring_order order_;
   std::unordered_map<path_index, large_path> large_;
+  path_index last_ = no_path;  // that `of` was called with
+  large_path* last_large_ = nullptr;
   std::vector<bool> is_large_;                     // by path: whether large_ has it
   std::vector<std::vector<path_index>> watchers_;  // by crowd; some are large paths no longer
 };

@@ -23,8 +23,8 @@ void ring_order::label_inserted(point_index first, point_index last) {
 
 /// Where a gap is used up the labels around it are spread anew: over the smallest range, of those
 /// whose size is a power of 2 and a multiple of which they begin at, that is not too full. Larger
-/// ranges have to be emptier, so that it takes long until they are full again. A range ends where
-/// the labels begin again from the smallest, so that no point gets past that.
+/// ranges have to be emptier, so that it takes long until they are full again. No range
+/// begins before the smallest label, so that no point gets past that.
 void ring_order::make_room(point_index first, point_index last, std::uint64_t n_inserted) {
   constexpr int all_bits = 64;
   constexpr double growth = 4.0 / 3;  // of what may be in a range, when its size doubles
@@ -32,7 +32,6 @@ void ring_order::make_room(point_index first, point_index last, std::uint64_t n_
   const std::uint64_t anchor = labels_[points[first].prev];
   point_index left = points[first].prev;
   point_index right = last;
-  std::uint64_t largest = anchor;  // from left to right
   std::uint64_t n = n_inserted + 1;
   double allowed = 1;
   for (int bits = 1;; ++bits) {
@@ -44,10 +43,7 @@ void ring_order::make_room(point_index first, point_index last, std::uint64_t n_
       if (label >= labels_[left] || !in_range(label)) break;
       left = points[left].prev;
     }
-    for (; points[right].next != left; ++n) {
-      const std::uint64_t label = labels_[points[right].next];
-      if (label <= largest || !in_range(label)) break;
-      largest = label;
+    for (; points[right].next != left && in_range(labels_[points[right].next]); ++n) {
       right = points[right].next;
     }
     if (bits == all_bits) {

@@ -37,17 +37,15 @@ namespace {
 // under more, it gets a larger one; filed under fewer, all its edges are announced, and so is every
 // edge that a clean-up has changed.
 //
-// The cost is the number of points, times a few logarithms, whatever the outlines are:
+// The time is that of the points, times a few logarithms, also where an edge is shared very often:
 //
-// 1. A merger looks at all of B, and a path filed under fewer points is looked at whole. That path
-//    is not taken up again, it can only be joined to one of as many points. So after either look as
-//    many points are removed, or end in a path of twice the size.
-// 2. A large path looks at a neighbour in vain when what it knew of its rank is out of date. If
-// that
-//    neighbour, Q, had been filed under more points than P then had, P looks there again only when
-//    nobody else of fewer points is left: it then joins a path as large as it was itself, or ends.
-//    If Q had as many points or fewer, it is joined at last unless one of both grows, and the same
-//    holds.
+// 1. A merger looks at all of B, and a path filed under fewer points is looked at whole; that path
+//    is not taken up again. After either look as many points are removed, or end in a path of twice
+//    the size.
+// 2. A large path P finds out that a neighbour's rank has become larger when no smaller rank is
+//    left. Either P is then not taken up again, or it joins a path that comes after the rank that
+//    was out of date. If that rank was beyond P when P last looked, P has at least doubled since.
+//    If it was not, the neighbour has been taken up after P and joined to another path, as P was.
 // 3. An edge that very many edges lie like is a crowd. Whoever looks at it finds each of its paths
 //    once, and is not in its own way, however many of the edges are its own.
 
@@ -234,7 +232,6 @@ void engine::merge(const partner& found) {
     throw early_end{end_reason::collapsed_path};
   }
   assert(is_sound(store_, current_));
-  large_.catch_up();
   index_changed_edges();
   ++merges_;
   if (path.n_points > n_) file_current();

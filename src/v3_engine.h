@@ -21,7 +21,7 @@ struct engine_sizes {
 /// more ends it before the strata of more points than that; those of 3 points are worked in any
 /// case. The console gets a progress line for every hundred mergers. When two paths cancel each
 /// other out it gets a fatal line, and the run ends early. The time grows with the number of
-/// points, times its logarithm, but for the shape that is named in v3_engine.cpp.
+/// points, times its logarithm.
 void v3_process(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
                 const engine_sizes& sizes = {});
 

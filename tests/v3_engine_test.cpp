@@ -134,23 +134,33 @@ class hard_groups {
     return group;
   }
 
-  /// Houses on a zigzag outline. Some have a ragged roof that is filled, so that they end with
-  /// fewer points than they began with.
+  /// Houses on a zigzag outline that may run along their floors more than once. Some have a ragged
+  /// roof that is filled, so that they end with fewer points than they began with.
   std::vector<polygon> houses() {
+    constexpr int width = 30;
     std::vector<polygon> group;
-    const int n = between(3, 12);
-    polygon ground = {{n, -9}, {0, -9}};
-    for (int i = 0; i <= n; ++i) ground.push_back({10 * i, i % 2});
+    const int n = between(2, 6);
+    const int most_cellars = between(0, 2);
+    polygon ground = {{width * n, -9}, {0, -9}};
     for (int i = 0; i < n; ++i) {
-      polygon roof;
-      for (int x = 10 * i + 8; x > 10 * i && between(0, 6) > 0; --x) {
-        roof.push_back({x, 9 + between(0, 5)});
+      const vertex left = {width * i, i % 2};
+      const vertex right = {width * (i + 1), (i + 1) % 2};
+      ground.push_back(left);
+      for (int cellars = between(0, most_cellars); cellars > 0; --cellars) {
+        ground.insert(ground.end(), {right, {width * i + between(1, 9), -cellars}, left});
       }
-      if (roof.size() >= 3 && between(0, 3) > 0) group.push_back(roof);
-      polygon house = {{10 * i, i % 2}, {10 * i + 10, (i + 1) % 2}, {10 * i + 9, 8}};
-      house.insert(house.end(), roof.begin(), roof.end());
-      group.push_back(house);
+      for (int houses = between(1, 2); houses > 0; --houses) {
+        polygon roof;
+        for (int x = between(0, width - 2); x > 0; --x) {
+          roof.push_back({width * i + x, 10 * houses + between(0, 5)});
+        }
+        if (roof.size() >= 3 && between(0, 3) > 0) group.push_back(roof);
+        polygon house = {left, right, {right[0] - 1, 8}};
+        house.insert(house.end(), roof.begin(), roof.end());
+        group.push_back(house);
+      }
     }
+    ground.push_back({width * n, n % 2});
     group.push_back(ground);
     return group;
   }

@@ -70,7 +70,7 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
 
 TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
   file_report odd = written("a\tb\nc\\d\x1b.eps");
-  odd.reason = "\x7f";
+  odd.reason = "\x7f \xc3\xa4 \xe4 \xc2\x9b";
   odd.hairlines_after.cairo.reset();
   captured_text out;
   write_tsv({odd}, out);
@@ -87,7 +87,7 @@ TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
   EXPECT_EQ(value("file"), "a\\tb\\nc\\\\d\\x1b.eps");
   EXPECT_EQ(value("result"), "written");
   EXPECT_EQ(value("polygons_after"), "2");
-  EXPECT_EQ(value("reason"), "\\x7f");
+  EXPECT_EQ(value("reason"), "\\x7f \xc3\xa4 \\xe4 \\xc2\\x9b");
   EXPECT_EQ(value("hairlines_gs_before"), "500");
   EXPECT_EQ(value("hairlines_cairo_before"), "40");
   EXPECT_EQ(value("hairlines_cairo_after"), "");
