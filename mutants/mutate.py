@@ -76,11 +76,18 @@ def read_list(path):
             entry = mutants[-1]
             {"-": entry.was, "+": entry.becomes, "=": entry.argument}[sign].append(text)
             before = sign
-    for mutant in mutants:
-        if not mutant.becomes:
-            raise ListError(f"{mutant.place}: what it becomes is missing")
-        mutant.applied((TOP / mutant.source).read_text())
     return mutants
+
+
+def complaints(mutants):
+    """What is wrong with the entries of a list."""
+    for mutant in mutants:
+        try:
+            if not mutant.becomes:
+                raise ListError(f"{mutant.place}: what it becomes is missing")
+            mutant.applied((TOP / mutant.source).read_text())
+        except (ListError, OSError) as error:
+            yield str(error)
 
 
 class Tree:
@@ -252,13 +259,11 @@ def parse_arguments():
 
 def main():
     arguments = parse_arguments()
-    mutants = []
-    errors = []
-    for name in LISTS:
-        try:
-            mutants += read_list(TOP / "mutants" / name)
-        except ListError as error:
-            errors.append(str(error))
+    try:
+        mutants = [mutant for name in LISTS for mutant in read_list(TOP / "mutants" / name)]
+    except ListError as error:
+        sys.exit(str(error))
+    errors = list(complaints(mutants))
     if errors:
         sys.exit("\n".join(errors))
     mutants = [m for m in mutants if arguments.pattern in m.source]

@@ -35,6 +35,7 @@ TEST(settings, from_arguments) {
   EXPECT_EQ(settings_for({"s.eps"}), "s.eps s_r.eps m0 s2");
   EXPECT_EQ(settings_for({"-m5", "s", "-r", "-v", "-s+3"}), "s.eps s_r.eps m5 s3 r v");
   EXPECT_EQ(settings_for({"./s.eps", "-m/", "-s,"}), "./s.eps ./s_r.eps m0 s2");
+  EXPECT_EQ(settings_for({"s.eps", "-m0"}), "s.eps s_r.eps m0 s2");
   EXPECT_EQ(settings_for({"./s"}), "trellion: fatal error --- file './s' does not exist.\n");
   EXPECT_EQ(settings_for({"-v"}), "usage");
 }
@@ -93,11 +94,13 @@ TEST(report, works_in_single_precision) {
   // Late in the day a count of milliseconds is rounded to a multiple of eight.
   report_time(80000000, 80000003, console);
   report_time(86399000, 1000, console);
+  report_time(1000, 2500, console);
   EXPECT_EQ(console.text(),
             "Achieved  75.00% reduction in file size.\n"
             "Achieved ******% reduction in file size.\n"
             "Processing completed in   0.0000 seconds.\n"
-            "Processing completed in ******** seconds.\n");
+            "Processing completed in ******** seconds.\n"
+            "Processing completed in   1.5000 seconds.\n");
 }
 
 }  // namespace
