@@ -251,7 +251,7 @@ class Trial:
 def parse_arguments():
     parser = argparse.ArgumentParser(prog="./mutate", description=__doc__.splitlines()[0])
     add = parser.add_argument
-    add("pattern", nargs="?", default="", help="only mutants of files whose names hold this")
+    add("pattern", nargs="?", default="", help="a regular expression for the files, such as batch/p")
     add("-j", "--jobs", type=int, default=os.cpu_count(), help="mutants at a time (all cores)")
     add("--check", action="store_true", help="only tell whether the lists fit the sources")
     return parser.parse_args()
@@ -266,7 +266,7 @@ def main():
     errors = list(complaints(mutants))
     if errors:
         sys.exit("\n".join(errors))
-    mutants = [m for m in mutants if arguments.pattern in m.source]
+    mutants = [m for m in mutants if re.search(arguments.pattern, m.source)]
     print(f"{len(mutants)} mutants", flush=True)
     if arguments.check or not mutants:
         return
