@@ -118,9 +118,9 @@ void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
 }
 
 std::string drawing_programs::box_comments_of(const fs::path& eps) const {
-  return run({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
-              "-sstdout=/dev/null", eps},
-             drawing_file_size, ignore_output)
+  return ended({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
+                "-sstdout=/dev/null", eps},
+               drawing_file_size, ignore_output)
       .messages;
 }
 
@@ -147,8 +147,8 @@ std::string drawing_programs::output_of(const std::vector<std::string>& command)
   return bytes;
 }
 
-child_result drawing_programs::run(const std::vector<std::string>& command, std::uint64_t file_size,
-                                   const output_taker& take) const {
+child_result drawing_programs::ended(const std::vector<std::string>& command,
+                                     std::uint64_t file_size, const output_taker& take) const {
   child_limits limits = limits_;
   limits.file_size = file_size;
   const child_result result = runner_.run(command, directory_, take, limits);

@@ -61,8 +61,12 @@ class drawing_programs {
  private:
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
   [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
-  child_result run(const std::vector<std::string>& command, std::uint64_t file_size,
-                   const output_taker& take) const;
+  [[nodiscard]] child_result ended(const std::vector<std::string>& command, std::uint64_t file_size,
+                                   const output_taker& take) const;
+  void run(const std::vector<std::string>& command, std::uint64_t file_size,
+           const output_taker& take) const {
+    static_cast<void>(ended(command, file_size, take));
+  }
 
   const programs& tools_;
   const process_runner& runner_;

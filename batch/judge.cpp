@@ -100,8 +100,8 @@ void compare_hairlines(appearance& input, appearance& result, const judging_rule
   }
   const std::int64_t appeared =
       new_hairlines(input.smooth(), input.coarse(), result.smooth(), rule.tolerance);
-  // A few at corners are nothing against a mesh that has gone.
-  if (appeared > corners + *before.ghostscript / 50) {
+  // Some are nothing against a mesh that has gone.
+  if (appeared > corners + *before.ghostscript / 16) {
     withhold(std::to_string(appeared) + " pixels of hairlines appear where none were");
   }
 }

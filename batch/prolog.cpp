@@ -13,6 +13,9 @@ constexpr std::string_view prolog_end = "\n%%EndProlog";
 // What can stand before or behind a name in PostScript.
 constexpr std::string_view delimiters = " \t\r\n\f()<>[]{}/%";
 
+// Maps of characters for fonts of many letters, up to the end of the prolog or of its section.
+constexpr std::string_view character_maps = "/CIDInit /ProcSet findresource begin\n";
+
 /// Calls f with every word.
 template <class F>
 void for_each_word(std::string_view text, F f) {
@@ -37,7 +40,8 @@ struct piece {
 /// definitions, all that it mentions.
 template <class F>
 void for_each_defined_name(std::string_view definition, F f) {
-  const bool is_choice = definition.find(" where {\n") < definition.find('\n');
+  const bool is_choice = definition.find(" where {\n") < definition.find('\n') ||
+                         definition.starts_with(character_maps);
   for (std::size_t at = 0; at < definition.size();
        at = is_choice ? definition.find('/', at + 1) : definition.size()) {
     const std::string_view from = definition.substr(at + 1);
@@ -51,8 +55,16 @@ std::string_view take_line(std::string_view& text) {
   return line;
 }
 
+/// Takes the character maps that the text begins with.
+std::string_view take_character_maps(std::string_view& text) {
+  const std::string_view maps = text.substr(0, std::min(text.find("\n%%"), text.size() - 1) + 1);
+  text.remove_prefix(maps.size());
+  return maps;
+}
+
 /// Takes the definition that the text begins with; nothing when its end is not plain to see.
 std::string_view take_definition(std::string_view& text) {
+  if (text.starts_with(character_maps)) return take_character_maps(text);
   std::string_view rest = text;
   int depth = 0;
   int n_definitions = 0;  // outside braces

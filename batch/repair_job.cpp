@@ -125,7 +125,7 @@ file_report repair_job::run() {
   if (best && reach(best->report, [&] { best->report.result = put_in_place(best->made); })) {
     return best->report;
   }
-  if (ways_to_try(options_).size() > 1 && !interrupted()) {
+  if (ways_to_try(options_, workshop_.input().kind).size() > 1 && !interrupted()) {
     gravest_->reason += "; no other way was better";
   }
   return *gravest_;
@@ -152,7 +152,7 @@ bool repair_job::reach(file_report& report, Step step) {
 
 /// Gathers what the ways lead to, each result once.
 void repair_job::repair_all_ways() {
-  for (const repair_way& way : ways_to_try(options_)) {
+  for (const repair_way& way : ways_to_try(options_, workshop_.input().kind)) {
     file_report report;
     report.way = way.name();
     reach(report, [&] {

@@ -19,8 +19,11 @@ std::string repair_way::name() const {
          (remove_mesh ? " -r" : "");
 }
 
-std::vector<repair_way> ways_to_try(const batch_options& options) {
+std::vector<repair_way> ways_to_try(const batch_options& options, file_kind kind) {
   std::vector<repair_way> ways = ways_of_joining(options);
+  if (kind == file_kind::dos_eps && ways.back().detour) {
+    std::erase_if(ways, [](const repair_way& way) { return !way.detour; });
+  }
   if (!options.remove_mesh) return ways;
   std::vector<repair_way> all;
   for (repair_way way : ways) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "batch/eps_page.h"
 #include "batch/options.h"
 
 namespace trellion::batch {
@@ -18,8 +19,9 @@ struct repair_way {
   [[nodiscard]] std::string name() const;
 };
 
-/// The ways that the options ask for. Where the mesh is to be closed each of them comes without
+/// The ways that the options ask for. A file with a DOS preview header is not repaired as it stands
+/// where there is a detour. Where the mesh is to be closed each of them comes without
 /// closing, too: joining alone can leave fewer hairlines than closing makes.
-std::vector<repair_way> ways_to_try(const batch_options& options);
+std::vector<repair_way> ways_to_try(const batch_options& options, file_kind kind);
 
 }  // namespace trellion::batch

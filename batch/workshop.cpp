@@ -122,7 +122,8 @@ const fs::path& workshop::source_of(const repair_way& way) {
 const fs::path& workshop::detour() {
   if (!detour_) {
     try {
-      frame();  // the box must be known
+      // What draws page after page is found out here, before files are filled with it.
+      static_cast<void>(input_appearance().coarse());
       const fs::path eps = directory_ / "detour" / input_.file.filename();
       fs::create_directory(eps.parent_path());
       take_detour(input_, programs_, eps.parent_path(), eps);

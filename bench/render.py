@@ -1,14 +1,19 @@
 """Measures how long Ghostscript takes to draw figures before and after repair, as a Markdown table.
 
-Time is processor time, user and system, the least of all runs; drawn at 144 dpi, anti-aliased.
+Time is processor time, user and system, the least of all runs; drawn at 144 dpi, anti-aliased. The
+hairlines are the pixels that trellion-batch counts in such drawings: of the figure, of what joining
+makes of it, and of what -r does; none where it withholds the result.
 """
 
 import argparse
+import csv
 import shutil
+import subprocess
 import tempfile
 from pathlib import Path
 
-from measuring import Table, Tools, best, list_of, positive, processor, repaired_path
+from measuring import (ENVIRONMENT, Table, Tools, best, fail, list_of, positive, processor,
+                       repaired_path)
 
 EXAMPLE = Path(__file__).resolve().parent.parent / "examples" / "surface.eps"
 FAMILIES = "contour tri rows".split()
@@ -21,6 +26,9 @@ COLUMNS = [
     ("repair s", 8),
     ("draw s", 7),
     ("after s", 7),
+    ("hairlines", 9),
+    ("after", 6),
+    ("with -r", 7),
 ]
 
 
@@ -44,12 +52,25 @@ class Measurement:
               "-dGraphicsAlphaBits=4", "-dTextAlphaBits=4", "-sOutputFile=/dev/null", eps]
         return best([self.tools.run(*gs) for _ in range(self.runs)]).seconds
 
+    def hairlines(self, *options):
+        """Before and after a repair, in the words of trellion-batch's report."""
+        report = self.figure.with_name("report.tsv")
+        words = [self.tools.build / "trellion-batch", "-fq", *options, "--report", report]
+        subprocess.run([*words, self.figure], env=ENVIRONMENT, stdout=subprocess.DEVNULL,
+                       check=False)
+        with open(report, encoding="utf-8", newline="") as file:
+            row = next(csv.DictReader(file, delimiter="\t", quoting=csv.QUOTE_NONE))
+        if row["result"] == "FAILED":
+            fail(f"trellion-batch: {row['reason']}")
+        return row["hairlines_gs_before"] or "-", row["hairlines_gs_after"] or "-"
+
     def row(self, name):
         repairs = [self.tools.repair(self.tools.trellion, self.figure) for _ in range(self.runs)]
         both = [self.figure, repaired_path(self.figure)]
-        return [name, *map(self.tools.count_polygons, both),
-                *(f"{eps.stat().st_size / 1e6:.2f}" for eps in both), f"{best(repairs).seconds:.2f}",
-                *(f"{self.seconds_to_draw(eps):.2f}" for eps in both)]
+        cells = [name, *map(self.tools.count_polygons, both),
+                 *(f"{eps.stat().st_size / 1e6:.2f}" for eps in both), f"{best(repairs).seconds:.2f}",
+                 *(f"{self.seconds_to_draw(eps):.2f}" for eps in both)]
+        return [*cells, *self.hairlines(), self.hairlines("-r")[1]]
 
 
 def main():

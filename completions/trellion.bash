@@ -15,7 +15,7 @@ _trellion_batch() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
   case $previous in
-    -m | -s | -j | --jobs | --time-limit) return ;;
+    -m | -s | -j | --jobs | --time-limit | --memory-limit) return ;;
     --report)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
@@ -24,7 +24,8 @@ _trellion_batch() {
   esac
   if [[ $word == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W '-m -s -r --auto --detour -f --force --keep --verify
-      --no-verify -j --jobs --time-limit --report -q --quiet -h --help --version' -- "$word")
+      --no-verify -j --jobs --time-limit --memory-limit --report --hairlines -q --quiet
+      -h --help --version' -- "$word")
   else
     compopt -o filenames
     mapfile -t COMPREPLY < <(compgen -f -X '!*.[eE][pP][sS]*' -- "$word"; compgen -d -- "$word")

@@ -75,7 +75,7 @@ TEST(documents, list_the_options_of_trellion_batch) {
       all_matches(part(help, "Options:", "Exit"), "[ ,](--?[a-z][-a-z]*)(?=[ ,])");
   EXPECT_TRUE(known.contains("--auto"));
   for (const std::string& option : known) {
-    const std::string said = shell("trellion-batch " + option + " 7 --help", directory).out;
+    const std::string said = shell("trellion-batch " + option + " 100 --help", directory).out;
     EXPECT_EQ(said, option == "--version" ? said : help) << option;
   }
   EXPECT_EQ(of_manual("doc/man/trellion-batch.1"), known);

@@ -20,7 +20,7 @@ from field import write_tables
 from programs import PROGRAMS, run
 
 HEAD = ["program", "what it drew", "operators", "option", "polygons", "after", "bytes", "after",
-        "picture after", "trellion-batch --auto"]
+        "picture after, or why none", "trellion-batch --auto"]
 
 
 def version_of(source):
@@ -61,12 +61,10 @@ def grouped(number):
 
 def shown(report):
     """In a few words, how the repaired picture looks beside the one before."""
-    changed = re.search(r"changed: (.*) of the pixels", report["reason"])
+    changed = re.search(r"changed: (\d+) pixels|changed: (\S+ %) of the pixels", report["reason"])
     if changed:
-        return f"**changed**: {changed[1]}"
-    if "does not render" in report["reason"]:
-        return f"**{'input ' if 'input' in report['reason'] else ''}does not render**"
-    return report["picture"] or report["reason"]
+        return f"**changed**: {changed[2] or grouped(changed[1]) + ' pixels'}"
+    return report["picture"] or f"*{report['reason']}*"
 
 
 def automatic(report):
@@ -79,20 +77,21 @@ def automatic(report):
 
 def measure(built, program, picture, eps):
     """Prints the row of a file; tells whether it can be repaired as it is."""
-    cells, auto = None, repair(built, eps, "--auto")
+    cells, good, auto = None, False, repair(built, eps, "--auto")
     for option in "-s2", "-s1":
         names = operators(built, eps, option)
         if not names:
             continue
-        alone = repair(built, eps, option, "--keep")
-        if cells is None or alone["result"] == "written":
+        alone = repair(built, eps, option)
+        good = alone["result"] == "written"
+        if cells is None or good:
             cells = [names, option, *(grouped(alone[column]) for column in (
                 "polygons_before", "polygons_after", "bytes_before", "bytes_after")), shown(alone)]
-        if alone["result"] == "written":
+        if good:
             break
     cells = cells or ["none", "", "", "", grouped(auto["bytes_before"]), "", ""]
     print("|", " | ".join([program, picture, *cells, automatic(auto)]), "|", flush=True)
-    return auto["result"] == "written" and auto["way"].startswith("-s")
+    return good
 
 
 def main():

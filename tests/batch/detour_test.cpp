@@ -18,7 +18,7 @@ using batch::with_page_of;
 TEST(detour, drops_what_no_one_names) {
   const std::string kept_1 = "/used { other 1 } def\n";
   const std::string dropped_1 = "/unused {\n  used { 2 } if\n} def\n";
-  const std::string kept_2 = "/other 3 def\n/odd (}) def\n";
+  const std::string kept_2 = "/other 3 def\n/odd { (}) def\n} def\n";
   const std::string dropped_2 =
       "/xyshow where {\n  /show2 { 1 } def\n}{\n  /show2 { 2 } def\n} ifelse\n";
   const std::string head = "%!PS\n%%BeginProlog\n";
@@ -26,6 +26,10 @@ TEST(detour, drops_what_no_one_names) {
   EXPECT_EQ(batch::without_unused_definitions(head + kept_1 + "% why\n" + dropped_1 + kept_2 +
                                               dropped_2 + tail),
             head + kept_1 + kept_2 + tail);
+  const std::string maps = "/CIDInit /ProcSet findresource begin\n /CMapName /Wide-H def\nend\n";
+  EXPECT_EQ(batch::without_unused_definitions(head + maps + tail), head + tail);
+  EXPECT_EQ(batch::without_unused_definitions(head + maps + tail + "/Wide-H\n"),
+            head + maps + tail + "/Wide-H\n");
   const std::string named = tail + "/show2 load\n";
   EXPECT_EQ(batch::without_unused_definitions(head + dropped_2 + named), head + dropped_2 + named);
 }

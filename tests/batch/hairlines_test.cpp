@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "drawing.h"
+#include "letters.h"
 
 namespace trellion::testing {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include "drawing.h"
+#include "letters.h"
 
 namespace trellion::testing {
 namespace {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "batch/text.h"
 #include "support.h"
 
 namespace trellion::testing {
@@ -66,6 +67,11 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   captured_text plain;
   write_table({written("c.eps")}, false, plain);
   EXPECT_EQ(plain.text().find("500"), std::string::npos);
+}
+
+TEST(table, shows_no_character_that_is_cut) {
+  EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
+  EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??");
 }
 
 TEST(table, as_tab_separated_values_keeps_every_byte_apart) {

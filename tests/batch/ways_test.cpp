@@ -7,9 +7,9 @@ namespace {
 
 using namespace batch;
 
-std::string names(const batch_options& options) {
+std::string names(const batch_options& options, file_kind kind = file_kind::eps) {
   std::string all;
-  for (const repair_way& way : ways_to_try(options)) all += '[' + way.name() + ']';
+  for (const repair_way& way : ways_to_try(options, kind)) all += '[' + way.name() + ']';
   return all;
 }
 
@@ -30,6 +30,7 @@ TEST(ways, are_those_that_the_options_ask_for) {
   EXPECT_EQ(names(options), "[-s2][-s1]");
   options.tools.pdftops = "/pdftops";
   EXPECT_EQ(names(options), "[-s2][-s1][detour -s2][detour -s1]");
+  EXPECT_EQ(names(options, file_kind::dos_eps), "[detour -s2][detour -s1]");
 }
 
 TEST(ways, come_without_closing_the_mesh_too_where_the_pictures_can_tell) {

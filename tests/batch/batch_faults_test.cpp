@@ -1,0 +1,155 @@
+#include <cerrno>
+#include <csignal>
+
+#include "batches.h"
+#include "tools.h"
+
+namespace trellion::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class batch_faults : public batches {
+ protected:
+  batch_faults() { fs::create_directory(directory.path() / "bin"); }
+
+  /// Puts a script in the place of a program; `$real` is the program itself.
+  void fake(const std::string& program, const std::string& script) const {
+    write_script(directory, "bin/" + program,
+                 "real='" + batch::find_program(program).value() + "'\n" + script);
+  }
+  /// Runs with the fakes in front of all programs.
+  outcome run_with_fakes(const std::string& arguments) {
+    return run(arguments, "PATH=$PWD/bin:$PATH ");
+  }
+  /// Puts a program in the place of gs that draws the same picture of everything, and no other
+  /// program that draws. `before` comes before it does that.
+  void fake_quick_gs(const std::string& before = "") const {
+    directory.write("picture.ppm", "P6 2 1 255\nabcdef");
+    fake("gs", before + "\nexec /bin/cat '" + directory.path().string() + "/picture.ppm'");
+  }
+};
+
+/// What hides all programs but the fakes.
+const std::string only_fakes = "PATH=$PWD/bin:${PATH%%:*} ";
+
+TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
+  directory.write("endless.eps",
+                  figure_of(to_postscript(random_mesh(1, 20, 20)) + "{showpage} loop\n"));
+  directory.write("stuck.eps", plain_figure(2) + "{} loop\n");
+  directory.write("greedy.eps", plain_figure(3) + "[100 {3000000 array} repeat]\n");
+  std::string huge = plain_figure(4);
+  huge.replace(huge.find("20 20"), 5, "60000 60000");
+  directory.write("huge.eps", huge);
+  EXPECT_EQ(run("--time-limit 3 --memory-limit 250 .").status, 1);
+  const std::map<std::string, std::string> expected = {
+      {"./endless.eps", "WITHHELD: it draws more than one page"},
+      {"./stuck.eps", "FAILED: gs: takes too long (--time-limit)"},
+      {"./greedy.eps", "FAILED: gs: needs too much memory"},
+      {"./huge.eps", "WITHHELD: the page is too large to be compared"}};
+  EXPECT_EQ(results(), expected);
+  EXPECT_EQ(run("--detour --time-limit 2 endless.eps").status, 1);
+  EXPECT_EQ(results()["endless.eps"],
+            "FAILED: gs: takes too long (--time-limit); no other way was better");
+}
+
+TEST_F(batch_faults, of_figures_that_want_to_write_change_no_files) {
+  const std::string secret = (directory.path() / "secret").string();
+  directory.write("a.eps", figure_of("{(" + secret + ") (w) file closefile} stopped clear\n" +
+                                     to_postscript(random_mesh(1, 20, 20))));
+  shell("gs -q -dNOSAFER -dBATCH -sDEVICE=nullpage a.eps", directory);
+  ASSERT_TRUE(exists("secret"));
+  fs::remove(secret);
+  EXPECT_EQ(run("-f a.eps", "export GS_OPTIONS=-dNOSAFER; ").status, 0);
+  EXPECT_EQ(run("-f --detour --keep a.eps", "export GS_OPTIONS=-dNOSAFER; ").status, 0);
+  EXPECT_EQ(results()["a.eps"], "written");
+  EXPECT_FALSE(exists("secret"));
+}
+
+TEST_F(batch_faults, of_programs_never_reach_a_result) {
+  directory.write("a.eps", plain_figure(1));
+  directory.write("a_r.eps", "old");
+  const auto result_with = [this](const std::string& options) {
+    EXPECT_EQ(run_with_fakes("-f --time-limit 2 a.eps " + options).status, 1);
+    EXPECT_EQ(directory.read("a_r.eps"), "old");
+    return results()["a.eps"];
+  };
+  // A full disk cuts what pdftops writes, and its status is 0 all the same.
+  for (const auto* part : {"-c 0", "-c 3000", "-n -3"}) {
+    fake("pdftops", "for last; do :; done\n$real \"$@\"\nhead " + std::string(part) +
+                        " \"$last\" >cut; mv cut \"$last\"; exit 0");
+    EXPECT_EQ(result_with("--detour --no-verify"),
+              "FAILED: pdftops: what it wrote is not whole; no other way was better");
+  }
+  fake("gs", "for a; do case $a in -sOutputFile=*) : >${a#*=};; esac; done");
+  EXPECT_TRUE(result_with("").starts_with("WITHHELD: it draws no picture"));
+  EXPECT_TRUE(result_with("--detour").starts_with("FAILED: pdftops: "));
+  fake("gs", "exec >&- 2>&-; exec sleep 60");
+  EXPECT_EQ(result_with(""), "FAILED: gs: takes too long (--time-limit)");
+  fake("gs", "exec yes");
+  EXPECT_EQ(result_with(""), "WITHHELD: it draws more than one page");
+  fake("gs", "kill -9 $$");
+  EXPECT_EQ(result_with(""), "FAILED: gs: killed by signal 9");
+
+  // A limit of the system holds for the repair, too.
+  const outcome limited = run("--keep -f --no-verify a.eps", "ulimit -f 2; ");
+  EXPECT_EQ(limited.status, 1);
+  EXPECT_NE(limited.out.find("FAILED: cannot write 'a_r.eps'"), std::string::npos) << limited.out;
+  EXPECT_EQ(directory.read("a_r.eps"), "old");
+}
+
+TEST_F(batch_faults, of_system_calls_leave_old_or_complete_results) {
+  if (!calls_can_fail) GTEST_SKIP() << "no calls can be made to fail";
+  directory.write("a.eps", plain_figure(1));
+  fake_quick_gs();
+  const outcome plain = run("-f a.eps", only_fakes);
+  ASSERT_EQ(plain.status, 0);
+  const std::string complete = masked(directory.read("a_r.eps"));
+  int n_failures = 0;
+  for (const auto* function : {"write", "open", "fsync", "fchmod", "rename", "mkdir"}) {
+    bool unharmed = false;
+    for (int n = 1; !unharmed; ++n) {
+      ASSERT_LT(n, 200) << function;
+      directory.write("a_r.eps", "old");
+      fs::remove(directory.path() / "t.tsv");
+      const outcome result = run("-f a.eps", only_fakes + failing(function, n, ENOSPC));
+      const std::string now = masked(directory.read("a_r.eps"));
+      EXPECT_TRUE(now == "old" || now == complete) << function << ' ' << n;
+      EXPECT_TRUE(told("a.eps", "result") != "written" || now == complete) << function << ' ' << n;
+      unharmed = result.status == 0 && result.err == plain.err;
+      EXPECT_TRUE(result.status != 0 || now == complete) << function << ' ' << n;
+      n_failures += unharmed ? 0 : 1;
+    }
+  }
+  EXPECT_GT(n_failures, 6);
+}
+
+TEST_F(batch_faults, of_interrupted_runs_leave_old_or_complete_results) {
+  directory.write("a.eps", plain_figure(1) + std::string(1000, '\n'));  // larger: it is the first
+  directory.write("b.eps", plain_figure(2));
+  // Counts its calls, and from one on blocks.
+  fake_quick_gs("cd '" + directory.path().string() +
+                "'; read n <calls; echo $((n + 1)) >calls\n"
+                "[ $n -lt $free_calls ] || { echo >ready; exec /bin/sleep 1000; }");
+  const auto run_with_free_calls = [this](int count, const std::string& meanwhile) {
+    directory.write("calls", "0\n");
+    directory.write("a_r.eps", "old");
+    directory.write("b_r.eps", "old");
+    return shell("export free_calls=" + std::to_string(count) + "; export " + only_fakes +
+                     "; trellion-batch -j1 -f a.eps b.eps & p=$!; " + meanwhile + " wait $p",
+                 directory)
+        .status;
+  };
+  ASSERT_EQ(run_with_free_calls(1000, ""), 0);
+  const std::string complete = masked(directory.read("a_r.eps"));
+  const int n_calls = std::stoi(directory.read("calls"));
+  ASSERT_EQ(shell("mkfifo ready", directory).status, 0);
+  for (const int count : {0, 1, n_calls / 2 - 1, n_calls / 2, n_calls - 1}) {
+    EXPECT_EQ(run_with_free_calls(count, "read x <ready; kill $p;"), 128 + SIGTERM);
+    EXPECT_EQ(masked(directory.read("a_r.eps")), count < n_calls / 2 ? "old" : complete) << count;
+    EXPECT_EQ(directory.read("b_r.eps"), "old") << count;
+  }
+}
+
+}  // namespace
+}  // namespace trellion::testing

@@ -1,0 +1,91 @@
+#include "batch/drawing.h"
+
+#include <gtest/gtest.h>
+
+#include "batch/figure.h"
+#include "tools.h"
+
+namespace trellion::testing {
+namespace {
+
+using namespace batch;
+
+TEST(resolutions, suit_pages_of_all_sizes) {
+  const auto pixels = [](const page_frame& frame, double dpi) {
+    return static_cast<double>(frame.width * frame.height) * dpi * dpi / (72 * 72);
+  };
+  for (const std::int64_t width : {1, 20, 200, 600, 2000, 10'000}) {
+    for (const std::int64_t height : {1, 20, 600, 10'000}) {
+      const page_frame frame{0, 0, width, height};
+      const resolutions dpi = resolutions_for(frame);
+      EXPECT_LE(pixels(frame, dpi.coarse), 4.001e6);
+      EXPECT_LE(pixels(frame, dpi.fine), 4.001e7);
+      EXPECT_LT(dpi.coarse, dpi.fine);
+    }
+  }
+  // Print shows lines of a fifth of a point on a sheet of paper.
+  EXPECT_GT(resolutions_for({0, 0, 595, 842}).fine, 5 * 72);
+  EXPECT_GT(resolutions_for({0, 0, 20, 20}).fine, resolutions_for({0, 0, 595, 842}).fine);
+  EXPECT_THROW(resolutions_for({0, 0, 60'000, 60'000}), dead_end);
+}
+
+class drawings : public ::testing::Test {
+ protected:
+  /// Draws a figure, a point for every pixel; says why when that fails.
+  std::string drawn(const std::string& text, const page_frame& frame) {
+    directory.write("a.eps", framing_head(frame) + text);
+    try {
+      picture = with.programs.draw(directory.path() / "a.eps", frame, 72, antialiasing::off);
+      return "drawn";
+    } catch (const dead_end& end) {
+      return end.reason;
+    }
+  }
+
+  scratch_directory directory;
+  drawing_tools with{directory.path()};
+  pixmap picture;
+};
+
+TEST_F(drawings, show_the_frame_wherever_it_is) {
+  const page_frame frame{-7, 90, 5, 3};
+  const std::string square = "1 0 0 setrgbcolor -6 91 2 1 rectfill ";
+  ASSERT_EQ(drawn("%!PS\n" + square + "showpage\n", frame), "drawn");
+  ASSERT_EQ(picture.width, 5);
+  ASSERT_EQ(picture.height, 3);
+  for (std::size_t y = 0; y < 3; ++y) {
+    for (std::size_t x = 0; x < 5; ++x) {
+      const bool is_red = y == 1 && (x == 1 || x == 2);
+      EXPECT_EQ(picture.row(y)[3 * x], 255);
+      EXPECT_EQ(picture.row(y)[3 * x + 1], is_red ? 0 : 255) << x << ' ' << y;
+    }
+  }
+  // A figure need not say showpage.
+  const std::vector<std::uint8_t> shown = picture.rgb;
+  ASSERT_EQ(drawn("%!PS\n" + square, frame), "drawn");
+  EXPECT_EQ(picture.rgb, shown);
+
+  const std::filesystem::path pdf = directory.path() / "a.pdf";
+  with.programs.to_pdf(directory.path() / "a.eps", frame, pdf);
+  if (with.programs.can_draw_pdf()) {
+    EXPECT_EQ(with.programs.draw_pdf(pdf, 72, antialiasing::off).rgb, picture.rgb);
+  }
+  directory.write("b.eps", "%!PS\n" + square + "13 0 translate " + square + "showpage\n");
+  const eps_page page = read_page(with.programs.box_comments_of(directory.path() / "b.eps"));
+  EXPECT_NEAR(page.box->right, 9, 1);
+  EXPECT_NEAR(page.box->top, 92, 1);
+}
+
+TEST_F(drawings, tell_why_there_are_none) {
+  const page_frame frame{0, 0, 50, 50};
+  EXPECT_EQ(drawn("%!PS\n0 0 moveto (a) nonsense\n", frame), "gs: Error: /undefined in nonsense");
+  EXPECT_EQ(drawn("%!PS\nshowpage showpage\n", frame), "it draws more than one page");
+  EXPECT_EQ(drawn("%!PS\n{showpage} loop\n", frame), "it draws more than one page");
+  with.tools.gs = write_script(directory, "tool", "echo 'tool: broken' >&2; exit 1");
+  EXPECT_EQ(drawn("%!PS\nshowpage\n", frame), "tool: broken");
+  with.tools.gs = write_script(directory, "tool", "exec yes");
+  EXPECT_EQ(drawn("%!PS\nshowpage\n", frame), "it draws more than one page");
+}
+
+}  // namespace
+}  // namespace trellion::testing

@@ -1,0 +1,63 @@
+#include "batch/progress.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "processes.h"
+#include "support.h"
+
+namespace trellion::testing {
+namespace {
+
+using namespace batch;
+
+void tell_two(bool quiet) {
+  progress told(2, quiet);
+  file_report report;
+  report.file = "folder/\x1b[2J\r" + std::string(100, 'a') + ".eps";
+  report.result = verdict::failed;
+  report.reason = "gs:\x07why";
+  told.tell(report);
+  report.result = verdict::written;
+  report.reason.clear();
+  told.tell(report);
+  told.end();
+}
+
+TEST(progress, is_told_line_by_line) {
+  ::testing::internal::CaptureStderr();
+  tell_two(false);
+  const std::string name = "folder/?[2J?" + std::string(100, 'a') + ".eps";
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "[1/2] " + name + ": FAILED: gs:?why\n[2/2] " + name + ": written\n");
+  ::testing::internal::CaptureStderr();
+  tell_two(true);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(progress, overwrites_one_line_of_a_terminal) {
+  const file_descriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK));
+  ASSERT_EQ(::grantpt(terminal.get()), 0);
+  ASSERT_EQ(::unlockpt(terminal.get()), 0);
+  const pid_t process = in_process([&] {
+    const file_descriptor screen(::open(::ptsname(terminal.get()), O_RDWR | O_NOCTTY));
+    ::dup2(screen.get(), STDERR_FILENO);
+    tell_two(false);
+    return 0;
+  });
+  ASSERT_EQ(wait_for(process), 0);
+  std::string seen(4096, '\0');
+  seen.resize(static_cast<std::size_t>(
+      std::max(ssize_t{0}, ::read(terminal.get(), seen.data(), seen.size()))));
+  const std::string cleared = "\r\x1b[K";
+  const auto line = [&](const std::string& begin) {
+    return cleared + (begin + std::string(100, 'a')).substr(0, 79);
+  };
+  EXPECT_EQ(seen, line("[1/2] ?[2J?") + line("[2/2] ?[2J?") + cleared);
+}
+
+}  // namespace
+}  // namespace trellion::testing
