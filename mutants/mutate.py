@@ -194,7 +194,7 @@ def measured_tests(tree):
     seconds = {}
     for program in PROGRAMS:
         report = tree.directory / "report.json"
-        if tree.test(program, "*", 1800, f"--gtest_output=json:{report}") not in (0, 1):
+        if tree.test(program, "*", 900, f"--gtest_output=json:{report}") not in (0, 1):
             raise SystemExit(f"{program} does not come to its end; see {tree.log}")
         seconds[program] = {}
         for suite in json.loads(report.read_text())["testsuites"]:
@@ -257,8 +257,13 @@ def parse_arguments():
     return parser.parse_args()
 
 
+def interrupted(*_):
+    raise SystemExit("interrupted")
+
+
 def main():
     arguments = parse_arguments()
+    signal.signal(signal.SIGTERM, interrupted)
     try:
         mutants = [mutant for name in LISTS for mutant in read_list(TOP / "mutants" / name)]
     except ListError as error:
