@@ -105,6 +105,7 @@ class Tree:
         }
         # Nothing ever comes from it: a child that is left our input shows.
         self.input, self.kept_open = os.pipe()
+        self.running = None
 
     def prepare(self):
         self.directory.mkdir(parents=True, exist_ok=True)
@@ -157,20 +158,24 @@ class Tree:
                 start_new_session=True,
                 preexec_fn=become if limited else None,
             )
+            self.running = process.pid  # and of its group
             try:
                 return process.wait(limit)
             except subprocess.TimeoutExpired:
                 return None
             finally:
-                try:
-                    os.killpg(process.pid, signal.SIGKILL)
-                except ProcessLookupError:
-                    pass
+                self.stop()
                 process.wait()
-                self.end_those_left_behind()
 
-    def end_those_left_behind(self):
-        """Kills what works below the scratch directory: faults let children outlive the tests."""
+    def stop(self):
+        """Kills what runs, and what works below the scratch directory: faults let children outlive
+        the tests."""
+        group, self.running = self.running, None
+        if group is not None:
+            try:
+                os.killpg(group, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
         for entry in Path("/proc").glob("[0-9]*"):
             try:
                 if os.readlink(entry / "cwd").startswith(str(self.scratch)):
@@ -300,10 +305,14 @@ def main():
 
     trial = Trial(seconds, files, tell)
     workers = [threading.Thread(target=trial.work, args=[tree], daemon=True) for tree in trees]
-    for worker in workers:
-        worker.start()
-    for worker in workers:
-        worker.join()
+    try:
+        for worker in workers:
+            worker.start()
+        for worker in workers:
+            worker.join()
+    finally:
+        for tree in trees:
+            tree.stop()
     sys.exit(summary(mutants, fates))
 
 
