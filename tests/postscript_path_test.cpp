@@ -94,7 +94,7 @@ TEST(path_ring, runs_the_other_way_after_reverse) {
   EXPECT_EQ(written(store, path), "1 1 m\n4 4 l 3 3 l 2 2 l \nh f\n");
 }
 
-TEST(path_ring, keeps_its_untested_point_when_it_is_reversed) {
+TEST(path_ring, keeps_its_untested_point_when_it_is_reversed_or_copied) {
   path_store store;
   const path_index path = path_of("1 1 2 2 3 3 4 4", store);
   for (point_index point = 0; point < 4; ++point) {
@@ -102,6 +102,9 @@ TEST(path_ring, keeps_its_untested_point_when_it_is_reversed) {
     store.paths[path].untested = point;
     reverse(store, path);
     EXPECT_EQ(store.points[store.paths[path].untested].coords, coords);
+    path_store other;
+    const path_index copy = copy_path(store, path, other);
+    EXPECT_EQ(other.points[other.paths[copy].untested].coords, coords);
   }
 }
 
@@ -132,13 +135,15 @@ TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zer
 
 TEST(path_merge, joins_rings_along_their_cursor_edges) {
   path_store store;
-  const std::string_view text = "1 1 0 1 0 0 1 0 1.0 0 2 0 2 1 1 1";
+  const std::string_view text = "1 1 0 1 0 0 1 0 1.0 0 2 -1 2 3 1 1";
   const path_index a = path_of(text.substr(0, 15), store);  // cursor edge from (1 0) to (1 1)
   const path_index b = path_of(text.substr(16), store);     // from (1 1) to (1 0)
   merge_postscript_paths(store, a, b);
   EXPECT_EQ(store.paths[a].n_points, 6U);
   EXPECT_EQ(store.paths[a].x_max, 2000);
-  EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1.0 0 l 2 0 l 2 1 l\nh f\n");
+  EXPECT_EQ(store.paths[a].y_min, -1000);
+  EXPECT_EQ(store.paths[a].y_max, 3000);
+  EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1.0 0 l 2 -1 l 2 3 l\nh f\n");
 }
 
 }  // namespace

@@ -68,6 +68,16 @@ TEST(repair, sums_up_what_it_has_done) {
   EXPECT_TRUE(of_fold.area_lost);
 }
 
+TEST(repair, leaves_groups_alone_when_asked) {
+  run_settings settings;
+  settings.left_alone = {{2, 3}};
+  const std::string group = square + right_neighbour + "x\n";
+  const repaired_text result = repaired(group + group + group + group, settings);
+  EXPECT_EQ(result.summary.groups, 4);
+  EXPECT_EQ(result.summary.mergers, 2);
+  EXPECT_NE(result.text.find(group + group), std::string::npos);
+}
+
 TEST(repair, says_why_it_ends_early) {
   EXPECT_EQ(ending("1 2 x"), end_reason::no_operators);
   EXPECT_EQ(ending(square + square), end_reason::collapsed_path);
@@ -92,6 +102,12 @@ TEST(careful_repair, joins_no_polygons_on_the_same_side_of_an_edge) {
   const repaired_text of_fold = repaired(fold, careful());
   EXPECT_EQ(of_fold.text, " 4 0 m\n1 3 l 0 0 l \nh f\n0 0 m\n3 4 l 4 0 l \nh f\n");
   EXPECT_FALSE(of_fold.summary.area_lost);
+
+  // The second overlaps the first no longer than the third begins.
+  const std::string three =
+      "0 0 m 10 0 l 10 9 l 6 9 l 5 3 l 0 9 l h f\n1 0 m 2 0 l 2 1 l h f\n"
+      "5 0 m 6 0 l 5 3 l 6 9 l 4 9 l h f\n";
+  EXPECT_EQ(repaired(three, careful()).summary.mergers, 0);
 
   // The two squares make an edge that the polygon on the same side of it has too, and only then.
   const std::string above = "0 0 m 4 0 l 4 9 l 0 8 l h f\n";

@@ -35,6 +35,7 @@ TEST(settings, from_arguments) {
   EXPECT_EQ(settings_for({"s.eps"}), "s.eps s_r.eps m0 s2");
   EXPECT_EQ(settings_for({"-m5", "s", "-r", "-v", "-s+3"}), "s.eps s_r.eps m5 s3 r v");
   EXPECT_EQ(settings_for({"./s.eps", "-m/", "-s,"}), "./s.eps ./s_r.eps m0 s2");
+  EXPECT_EQ(settings_for({"s.eps", "-m0"}), "s.eps s_r.eps m0 s2");
   EXPECT_EQ(settings_for({"./s"}), "trellion: fatal error --- file './s' does not exist.\n");
   EXPECT_EQ(settings_for({"-v"}), "usage");
 }
@@ -56,7 +57,10 @@ TEST(settings, from_arguments_with_mistakes) {
 }
 
 TEST(settings, from_prompts) {
-  EXPECT_EQ(settings_for({}, "s\n3\n1\n1\n1\n"), "s.eps s_r.eps m3 s1");
+  EXPECT_EQ(settings_for({}, "s\r\n3\r\n1\n1\n1\n"), "s.eps s_r.eps m3 s1");
+  EXPECT_EQ(settings_for({}, "'s" + std::string(99, ' ') + "x'\n3\n1\n1\n1\n"),
+            "s.eps s_r.eps m3 s1")
+      << "a name is cut to 100 characters";
   EXPECT_EQ(settings_for({}, "\n  s.eps junk\nabc\n-1\n , 9\n0\n2 7\n3\n2\n1\n"),
             "s.eps s_r.eps m0 s2 r")
       << "the empty item leaves the -1 as it was, and the question is asked again";
@@ -90,11 +94,13 @@ TEST(report, works_in_single_precision) {
   // Late in the day a count of milliseconds is rounded to a multiple of eight.
   report_time(80000000, 80000003, console);
   report_time(86399000, 1000, console);
+  report_time(1000, 2500, console);
   EXPECT_EQ(console.text(),
             "Achieved  75.00% reduction in file size.\n"
             "Achieved ******% reduction in file size.\n"
             "Processing completed in   0.0000 seconds.\n"
-            "Processing completed in ******** seconds.\n");
+            "Processing completed in ******** seconds.\n"
+            "Processing completed in   1.5000 seconds.\n");
 }
 
 }  // namespace

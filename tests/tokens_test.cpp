@@ -98,10 +98,12 @@ TEST(tokens, description_tells_layout) {
 TEST(tokens, failed_read_reports_the_line_reached) {
   struct failing_source : byte_source {
     std::size_t read(char* buffer, std::size_t capacity) override {
-      if (std::exchange(failed, true)) throw read_failure("x", EIO);
-      return std::string_view("one\r\ntwo\nthr ee  ").copy(buffer, capacity);
+      if (text.empty()) throw read_failure("x", EIO);
+      const std::size_t count = text.copy(buffer, capacity);
+      text.erase(0, count);
+      return count;
     }
-    bool failed = false;
+    std::string text = "one\r\n" + std::string(10'000, '2') + "\nthr ee  ";
   } source;
   captured_text console;
   EXPECT_THROW(tokenize_file(source, 0, console), read_failure);

@@ -58,7 +58,7 @@ TEST_F(batch_faults, of_figures_that_want_to_write_change_no_files) {
   const std::string secret = (directory.path() / "secret").string();
   directory.write("a.eps", figure_of("{(" + secret + ") (w) file closefile} stopped clear\n" +
                                      to_postscript(random_mesh(1, 20, 20))));
-  shell("gs -q -dNOSAFER -dBATCH -sDEVICE=nullpage a.eps", directory);
+  shell("gs -q -dNOSAFER -dBATCH -dNOPAUSE -sDEVICE=nullpage a.eps", directory);
   ASSERT_TRUE(exists("secret"));
   fs::remove(secret);
   EXPECT_EQ(run("-f a.eps", "export GS_OPTIONS=-dNOSAFER; ").status, 0);

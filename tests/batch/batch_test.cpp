@@ -52,6 +52,10 @@ TEST_F(batches, tell_failures_and_go_on) {
   directory.write("beside.eps",
                   figure_of("1000 0 translate\n" + to_postscript(random_mesh(4, 20, 20))));
   directory.write("empty.eps", "");
+  // Distances whose product wraps to zero make the corner at (2097.152 0) superfluous.
+  directory.write("far.eps", figure_of("0 0 m 1048.576 0 l 1048.576 2097.156 l 0 2097.16 l h f\n"
+                                       "1048.576 0 m 2097.152 0 l 2097.152 2097.152 l "
+                                       "1048.576 2097.156 l h f\n"));
   const outcome all = run("missing.eps . -j2");
   EXPECT_EQ(all.status, 1);
   EXPECT_EQ((all.out + all.err).find('\x1b'), std::string::npos);
@@ -59,8 +63,9 @@ TEST_F(batches, tell_failures_and_go_on) {
   EXPECT_EQ(reason("./good.eps"), "written");
   EXPECT_TRUE(reason("./broken\\x1b[2J.eps").starts_with("FAILED: gs: Error: /syntaxerror"))
       << reason("./broken\\x1b[2J.eps");
-  EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page is blank"));
+  EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page shows nothing"));
   EXPECT_EQ(reason("./empty.eps"), "FAILED: it is empty");
+  EXPECT_EQ(reason("./far.eps"), "WITHHELD: the outlines cover less than the polygons did");
   EXPECT_EQ(reason("missing.eps"), "FAILED: there is no such file");
   for (const auto* name : {"beside_r.eps", "broken\x1b[2J_r.eps"}) {
     EXPECT_FALSE(exists(name)) << name;

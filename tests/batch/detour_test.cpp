@@ -18,7 +18,7 @@ using batch::with_page_of;
 TEST(detour, drops_what_no_one_names) {
   const std::string kept_1 = "/used { other 1 } def\n";
   const std::string dropped_1 = "/unused {\n  used { 2 } if\n} def\n";
-  const std::string kept_2 = "/other 3 def\n/odd (}) def\n";
+  const std::string kept_2 = "/other 3 def\n/odd { (}) def\n} def\n";
   const std::string dropped_2 =
       "/xyshow where {\n  /show2 { 1 } def\n}{\n  /show2 { 2 } def\n} ifelse\n";
   const std::string head = "%!PS\n%%BeginProlog\n";
@@ -46,9 +46,9 @@ TEST(detour, gets_the_boxes_and_the_origin_of_its_input) {
   const std::string lines =
       "%%Title: t\n%%BoundingBox: 0 3 3 4\n%%HiResBoundingBox: 0.5 3 2.25 4\n";
   const std::string detoured = begin + box + prolog + page + content + end;
-  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + lines), {-1, 2, 5, 2}),
+  EXPECT_EQ(with_page_of(detoured, read_page("%!PS\n" + lines), {0, 2, 5, 2}),
             "%!PS-Adobe-3.0 EPSF-3.0\n" + lines + "%Produced\n" + prolog + page +
-                "-1 2 translate\n" + content + end);
+                "0 2 translate\n" + content + end);
 
   // A file must have a box in whole points, and one at the origin needs nothing else.
   const std::string fine = "%%HiResBoundingBox: 0 0 4.5 2\n";

@@ -37,8 +37,8 @@ TEST(eps_page, takes_the_last_box_of_the_file_when_the_header_has_none) {
       "\n%%BeginDocument: a\n%%BeginDocument: b\n%%EndDocument\n%%BoundingBox: 0 0 7 7\n"
       "%%EndDocument\n%%BeginData: 3 Hex Lines\n%%BoundingBox: 0 0 7 7\n%%EndBinary\n%%EndData\n"
       "%%BeginBinary: 30\n%%BeginDocument\n%%BoundingBox: 0 0 7 7\n%%EndBinary\n";
-  const std::string trailer =
-      "\n%%EndComments\n%%BoundingBox: 0 0 2 2\n x %%BoundingBox: 0 0 7 7\n" + embedded;
+  const std::string trailer = "\n%%EndComments" + embedded +
+                              "%%BoundingBox: 0 0 2 2\n x %%BoundingBox: 0 0 7 7\n" + embedded;
   for (const std::string head : {"%%BoundingBox: (atend)", "%%BoundingBox:", "%%BoundingBox: 0 0 7",
                                  "%%BoundingBox: 0 0 7 nan", "%%BoundingBox: 0 0 7 1e8",
                                  "%%BoundingBox: 0 0 7x 7", "%%BoundingBox: 7 0 7 7", "x"}) {
@@ -56,6 +56,7 @@ TEST(eps_page, bears_with_endless_lines) {
   const std::string endless = "%%BoundingBox: 0 0 7 7 " + std::string(5000, '%') + "\n";
   EXPECT_EQ(read_page(endless + box + endless).box, (bounding_box{0, 0, 1, 1}));
   EXPECT_EQ(read_page(first + "x\n" + box + endless).box, (bounding_box{0, 0, 1, 1}));
+  EXPECT_EQ(read_page(first + "x\r" + box).box, (bounding_box{0, 0, 1, 1}));
   EXPECT_FALSE(read_page("").box);
 }
 

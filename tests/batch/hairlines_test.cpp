@@ -31,6 +31,7 @@ TEST(hairlines, look_at_eight_neighbours) {
   const pixmap sharp = drawing({".rrr", "rrrr", "rrrr"});
   EXPECT_EQ(hairline_pixels(drawing({"pprr", "pprr", "rrrr"}), sharp), 0);
   EXPECT_EQ(hairline_pixels(drawing({"rrpr", "rrpr", "pppp"}), sharp), 6);
+  EXPECT_EQ(hairline_pixels(drawing({"prr", "rpp", "rpp"}), drawing({"rrr", "rrr", "rr."})), 1);
   EXPECT_THROW(hairline_pixels(drawing({"rr"}), sharp), run_error);
 }
 

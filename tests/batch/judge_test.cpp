@@ -137,9 +137,9 @@ TEST_F(judging, sees_hairlines_appear_and_grow) {
 
 TEST_F(judging, knows_nothing_of_what_shows_nothing) {
   const rows nothing(20, std::string(24, '.'));
-  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page shows nothing"));
   look("input", nothing, nothing, nothing);
-  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page shows nothing"));
   // A part of a page may well be of one colour.
   look("dot", with(nothing, 5, 5, 'k'), nothing, nothing);
   appearance input = appearance_of("input");

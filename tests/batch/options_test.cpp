@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "support.h"
 
 namespace trellion::testing {
@@ -65,6 +67,13 @@ TEST(options, that_make_no_sense_are_refused) {
   for (const auto& arguments : mistakes) {
     EXPECT_EQ(status_of(arguments), 2) << (arguments.empty() ? "nothing" : arguments.front());
   }
+  // What needs a program that is not there.
+  const std::string path = std::getenv("PATH");
+  ::setenv("PATH", "", 1);
+  for (const char* const needy : {"--verify", "--detour"}) {
+    EXPECT_EQ(status_of({needy, "a"}), 2) << needy;
+  }
+  ::setenv("PATH", path.c_str(), 1);
 }
 
 }  // namespace

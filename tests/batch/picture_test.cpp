@@ -43,6 +43,8 @@ TEST(picture, that_lost_a_line_is_wrong) {
   EXPECT_EQ(compare(line, moved_far, 0)->wrong_within, (pixel_box{2, 0, 5, 3}));
   const auto lost = compare(line, none, 0);
   const auto gained = compare(none, line, 0);
+  const pixmap slanting = drawing({"......k", ".......", "k......"});
+  EXPECT_EQ(compare(slanting, none, 0)->wrong_within, (pixel_box{0, 0, 7, 3}));
   EXPECT_EQ(lost->pixels, 21);
   EXPECT_EQ(lost->wrong, 3);
   EXPECT_EQ(gained->wrong, 3);
@@ -61,6 +63,7 @@ TEST(picture, knows_how_many_wrong_pixels_touch) {
   };
   EXPECT_EQ(together(none), 0);
   EXPECT_EQ(together({"k.......k", ".........", "k.......k", ".........", "k.......k"}), 1);
+  EXPECT_EQ(together({"k........", ".........", ".........", "k........", "........."}), 1);
   // Seven that start as three groups, beside two and three.
   EXPECT_EQ(together({"k.k...k..", "k.k.k.k..", ".k.k....k", "........k", "........k"}), 7);
 }
@@ -69,6 +72,7 @@ TEST(picture, is_compared_within_the_tolerance_and_up_to_its_borders) {
   const pixmap g = drawing({"gg", "gg"});
   EXPECT_EQ(compare(g, drawing({"gh", "gg"}), 3)->wrong, 1);
   EXPECT_EQ(compare(g, drawing({"gh", "gg"}), 4)->differing, 0);
+  EXPECT_EQ(compare(drawing({"y"}), drawing({"l"}), 59)->wrong, 2) << "in their blue alone";
   // In the corners, each of which is seen from the others.
   EXPECT_EQ(compare(drawing({"k.", ".."}), drawing({"..", ".k"}), 0)->wrong, 0);
   EXPECT_EQ(compare(drawing({"k..", "..."}), drawing({"...", "..k"}), 0)->wrong_within,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "batch/text.h"
 #include "support.h"
 
 namespace trellion::testing {
@@ -46,7 +47,7 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   file_report failed;
   failed.file = "a figure with a long name\x1b[2J.eps";
   failed.result = verdict::failed;
-  failed.reason = "gs:\rno\nfont";
+  failed.reason = "gs:\rno\nfont\xc2\x9b!";
   failed.bytes_before = 77;
   captured_text out;
   write_table({written("\xc3\xa4.eps"), failed, written("c.eps")}, true, out);
@@ -54,9 +55,11 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   ASSERT_EQ(lines.size(), 5U);
   // A letter of two bytes takes one column.
   EXPECT_EQ(lines[1].find("-s2"), lines[3].find("-s2") + 1);
+  // Numbers end in the same column.
+  EXPECT_EQ(lines[2].find(" 77 ") + 4, lines[3].find(" 1000 ") + 6);
   EXPECT_NE(lines[1].find("500/40"), std::string::npos);
   EXPECT_NE(lines[2].find("name?[2J.eps"), std::string::npos);
-  EXPECT_NE(lines[2].find("FAILED: gs:?no?font"), std::string::npos);
+  EXPECT_NE(lines[2].find("FAILED: gs:?no?font??!"), std::string::npos);
   EXPECT_NE(lines[4].find("written: 2 of 3"), std::string::npos);
   for (const auto* total : {" 20 ", " 4 ", " 2000 ", " 600 "}) {
     EXPECT_NE(lines[4].find(total), std::string::npos) << total;
@@ -64,6 +67,11 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   captured_text plain;
   write_table({written("c.eps")}, false, plain);
   EXPECT_EQ(plain.text().find("500"), std::string::npos);
+}
+
+TEST(table, shows_no_character_that_is_cut) {
+  EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
+  EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??");
 }
 
 TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
@@ -101,6 +109,7 @@ TEST(verdicts, have_an_order_and_a_status) {
       EXPECT_EQ(is_graver(by_gravity[i], by_gravity[j]), i > j);
     }
   }
+  EXPECT_EQ(sum(written("").hairlines_before), 540);
 }
 
 }  // namespace

@@ -46,9 +46,11 @@ TEST(worker, gets_its_request_and_tells_its_outcome_whole) {
 
 TEST(worker, repairs_with_care) {
   const scratch_directory directory;
+  const repair_request request{
+      directory.path() / "a.eps", directory.path() / "b.eps", 0, 2, false, {}};
   const auto repaired = [&](const std::string& text) {
     directory.write("a.eps", text);
-    return work({directory.path() / "a.eps", directory.path() / "b.eps", 0, 2, false, {}});
+    return work(request);
   };
   // Two squares, a line that looks like a polygon, and a square that is drawn twice.
   const std::string line = "7 7 m 9 9 l h f\n";
@@ -61,9 +63,16 @@ TEST(worker, repairs_with_care) {
   EXPECT_EQ(summary.without_area, 1);
   EXPECT_FALSE(summary.area_lost);
   EXPECT_NE(directory.read("b.eps").find("7 7 m"), std::string::npos);
+  for (const bool by_limit : {false, true}) {
+    repair_request less = request;
+    if (by_limit) less.merge_limit = 3;
+    if (!by_limit) less.left_alone = {{1, 1}};
+    EXPECT_EQ(std::get<repair_summary>(work(less)).mergers, 0) << by_limit;
+  }
 
   EXPECT_EQ(std::get<early_end>(repaired("%!\n")).reason, end_reason::no_operators);
-  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps", 0, 2, false, {}}), run_error);
+  EXPECT_THROW(work({directory.path() / "none.eps", directory.path() / "b.eps", 0, 2, false, {}}),
+               run_error);
 }
 
 }  // namespace
