@@ -135,10 +135,9 @@ std::vector<std::string> supervised(const std::vector<std::string>& command,
                                     const std::filesystem::path& directory,
                                     const child_limits& limits, std::uint64_t open_files) {
   std::uint64_t memory = limits.memory;
-#ifdef TRELLION_SANITIZED
-  // Our own programs reserve more addresses than there is memory.
-  const std::string name = std::filesystem::path(command.front()).filename();
-  if (name.starts_with("trellion")) memory = RLIM_INFINITY;
+#ifdef __SANITIZE_ADDRESS__
+  // This executable, as a worker, reserves more addresses than there is memory.
+  if (command.front() == "/proc/self/exe") memory = RLIM_INFINITY;
 #endif
   std::vector<std::string> arguments = {
       "trellion-batch",           std::string(hidden_option),
