@@ -32,7 +32,6 @@ sharp_view compared(const pixmap& input, const pixmap& result, double dpi,
                     const judging_rule& rule) {
   const std::optional<picture_difference> difference = compare(input, result, rule.tolerance);
   if (!difference) withhold("the picture has another size");
-  if (difference->blank) withhold("the page is blank: is the BoundingBox beside the drawing?");
   return {*difference, dpi};
 }
 
@@ -47,8 +46,8 @@ bool is_right(const sharp_view& view) { return view.difference.wrong == 0; }
 
 /// Around the wrong pixels of all views, if they are few and in small groups.
 std::optional<page_part> place_of_few(std::span<const sharp_view> views) {
-  constexpr std::int64_t few = 400;
-  constexpr std::int64_t few_together = 64;
+  constexpr std::int64_t few = 4000;
+  constexpr std::int64_t few_together = 1000;
   std::optional<page_part> place;
   for (const auto& [difference, dpi] : views) {
     if (difference.wrong > few || difference.wrong_together > few_together) return std::nullopt;
@@ -69,10 +68,15 @@ void check_colours(std::span<const sharp_view> views, const judging_rule& rule) 
   // Where the outlines of a mesh are stroked each moves by a pixel: so many of all may differ.
   constexpr std::int64_t percent_of_outlines = 10;
   for (const auto& [difference, dpi] : views) {
+    if (difference.blank) {
+      withhold("the page shows nothing but one colour: is the BoundingBox beside the drawing?");
+    }
     if (difference.wrong > 0) {
+      const std::string count = std::to_string(difference.wrong);
       throw dead_end{verdict::withheld,
-                     "the picture changed: " + std::to_string(difference.wrong) +
-                         " pixels have a colour that is not there in the other picture",
+                     "the picture changed: the colour of " + count +
+                         (difference.wrong == 1 ? " pixel" : " pixels") +
+                         " is not there in the other picture",
                      place_of_few(views)};
     }
     const bool too_many = difference.differing > percent_of_outlines * difference.pixels / 100;

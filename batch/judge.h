@@ -25,7 +25,7 @@ struct judging_rule {
 /// A dead end tells the place where few pixels, in small groups, are wrong.
 std::string judge(appearance& input, appearance& result, const judging_rule& rule);
 
-/// Whether only 1 and 2 hold.
+/// Whether only 1 and 2 hold, be it of a part of the page that shows nothing.
 bool shows_the_same(appearance& input, appearance& result, const judging_rule& rule);
 
 }  // namespace trellion::batch

@@ -193,7 +193,10 @@ std::optional<repair_job::finding> repair_job::best_result() {
 /// The first of those that change the picture at few places that does not when the groups that do
 /// it are left alone.
 std::optional<repair_job::finding> repair_job::best_without_culprits() {
-  for (const near_miss& miss : std::exchange(near_misses_, {})) {
+  std::vector<near_miss> misses = std::exchange(near_misses_, {});
+  // What closes the mesh, where that is asked for, is worth more than what is small.
+  std::ranges::stable_partition(misses, [](const near_miss& m) { return m.made.way.remove_mesh; });
+  for (const near_miss& miss : misses) {
     finding found{miss.made, report_of(miss.made)};
     const bool mended = reach(found.report, [&] {
       std::optional<candidate> spared = without_culprits(miss);

@@ -70,7 +70,7 @@ class group_repair {
     } else if (settings_.careful) {
       join_in_layers(queue);
     } else {
-      join(store_, queue);
+      if (!join(store_, queue)) summary_.area_lost = true;
       repaired_.put(' ');  // only here: a group of one path follows the text before it directly
       write(queue);
     }
@@ -102,22 +102,48 @@ class group_repair {
   void join_in_layers(ps_path_queue& queue) {
     const std::vector<std::vector<path_index>> layers = split_into_layers(store_, queue);
     if (layers.size() == 1) {
-      join(store_, queue);
+      if (!join(store_, queue)) summary_.area_lost = true;
       write(queue);
       return;
     }
+    if (join_as_one_layer(queue)) return;
     // The engine takes time for every point of a store, so each layer has its own.
     path_store store;
     for (const std::vector<path_index>& layer : layers) {
       store.clear();
       ps_path_queue paths(store);
       for (const path_index p : layer) paths.add_after_last(copy_path(store_, p, store));
-      if (layer.size() > 1) join(store, paths);
+      if (layer.size() > 1 && !join(store, paths)) summary_.area_lost = true;
       write(paths);
     }
   }
 
-  void join(path_store& store, ps_path_queue& queue) {
+  /// Layers are a precaution: what runs along a line twice need not come to be joined to each
+  /// other. Where no area is lost without them, nothing was subtracted, and more is joined.
+  bool join_as_one_layer(const ps_path_queue& queue) {
+    path_store store;
+    store.clear();
+    ps_path_queue paths(store);
+    for (path_index p = queue.first(); p != no_path; p = store_.paths[p].next_path) {
+      paths.add_after_last(copy_path(store_, p, store));
+    }
+    const std::int64_t mergers_before = summary_.mergers;
+    bool area_kept = false;
+    try {
+      area_kept = join(store, paths);
+    } catch (const early_end&) {
+      // Two of them have cancelled each other out.
+    }
+    if (!area_kept) {
+      summary_.mergers = mergers_before;
+      return false;
+    }
+    write(paths);
+    return true;
+  }
+
+  /// False when area was lost.
+  [[nodiscard]] bool join(path_store& store, ps_path_queue& queue) {
     const std::int64_t n_paths = queue.n_paths();
     const area before = total_area(store, queue);
     repaired_.flush();  // merging can take long, and can end the run
@@ -125,7 +151,7 @@ class group_repair {
     v3_process(store, strata, settings_.merge_limit, console_);
     gather(strata, queue, console_);
     summary_.mergers += n_paths - queue.n_paths();
-    if (total_area(store, queue) != before) summary_.area_lost = true;
+    return total_area(store, queue) == before;
   }
 
   void write(const ps_path_queue& queue) {

@@ -48,9 +48,10 @@ TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
       {"./greedy.eps", "FAILED: gs: needs too much memory"},
       {"./huge.eps", "WITHHELD: the page is too large to be compared"}};
   EXPECT_EQ(results(), expected);
-  EXPECT_EQ(run("--detour --time-limit 2 endless.eps").status, 1);
+  // Before a detour fills files with pages they are counted.
+  EXPECT_EQ(run("--detour --no-verify endless.eps").status, 1);
   EXPECT_EQ(results()["endless.eps"],
-            "FAILED: gs: takes too long (--time-limit); no other way was better");
+            "WITHHELD: it draws more than one page; no other way was better");
 }
 
 TEST_F(batch_faults, of_figures_that_want_to_write_change_no_files) {
@@ -83,7 +84,7 @@ TEST_F(batch_faults, of_programs_never_reach_a_result) {
   }
   fake("gs", "for a; do case $a in -sOutputFile=*) : >${a#*=};; esac; done");
   EXPECT_TRUE(result_with("").starts_with("WITHHELD: it draws no picture"));
-  EXPECT_TRUE(result_with("--detour").starts_with("FAILED: pdftops: "));
+  EXPECT_TRUE(result_with("--detour").starts_with("WITHHELD: it draws no picture"));
   fake("gs", "exec >&- 2>&-; exec sleep 60");
   EXPECT_EQ(result_with(""), "FAILED: gs: takes too long (--time-limit)");
   fake("gs", "exec yes");

@@ -63,7 +63,7 @@ TEST_F(batches, tell_failures_and_go_on) {
   EXPECT_EQ(reason("./good.eps"), "written");
   EXPECT_TRUE(reason("./broken\\x1b[2J.eps").starts_with("FAILED: gs: Error: /syntaxerror"))
       << reason("./broken\\x1b[2J.eps");
-  EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page is blank"));
+  EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page shows nothing"));
   EXPECT_EQ(reason("./empty.eps"), "FAILED: it is empty");
   EXPECT_EQ(reason("./far.eps"), "WITHHELD: the outlines cover less than the polygons did");
   EXPECT_EQ(reason("missing.eps"), "FAILED: there is no such file");

@@ -45,9 +45,8 @@ class judging : public ::testing::Test {
   std::string judged(const rows& coarse, const rows& fine, const rows& smooth,
                      const judging_rule& rule = {}) {
     look("result", coarse, fine, smooth);
-    const page_frame frame{0, 0, 20, 20};  // drawn fine at 2400 dpi
-    appearance input(programs_, directory.path() / "input", frame, resolutions_for(frame));
-    appearance result(programs_, directory.path() / "result", frame, resolutions_for(frame));
+    appearance input = appearance_of("input");
+    appearance result = appearance_of("result");
     try {
       const std::string words = judge(input, result, rule);
       EXPECT_TRUE(shows_the_same(input, result, rule));
@@ -56,6 +55,11 @@ class judging : public ::testing::Test {
       EXPECT_EQ(end.result, verdict::withheld);
       return (end.place ? "few: " : "") + end.reason;
     }
+  }
+
+  [[nodiscard]] appearance appearance_of(const std::string& name) const {
+    const page_frame frame{0, 0, 20, 20};  // drawn fine at 2400 dpi
+    return {programs_, directory.path() / name, frame, resolutions_for(frame)};
   }
 
   scratch_directory directory;
@@ -133,9 +137,16 @@ TEST_F(judging, sees_hairlines_appear_and_grow) {
 
 TEST_F(judging, knows_nothing_of_what_shows_nothing) {
   const rows nothing(20, std::string(24, '.'));
-  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, plain, plain).starts_with("the page shows nothing"));
   look("input", nothing, nothing, nothing);
-  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page is blank"));
+  EXPECT_TRUE(judged(nothing, nothing, nothing).starts_with("the page shows nothing"));
+  // A part of a page may well be of one colour.
+  look("dot", with(nothing, 5, 5, 'k'), nothing, nothing);
+  appearance input = appearance_of("input");
+  appearance same = appearance_of("result");
+  appearance dot = appearance_of("dot");
+  EXPECT_TRUE(shows_the_same(input, same, {}));
+  EXPECT_FALSE(shows_the_same(input, dot, {}));
   look("input", plain, plain, plain);
   EXPECT_EQ(judged({"r.", ".."}, plain, plain), "the picture has another size");
   directory.write("gs", "#!/bin/sh\n");

@@ -139,8 +139,8 @@ def relative():
 def culprit():
     """Between two meshes that can be repaired the same words stroke two small boxes, whose common
     edge would be lost."""
-    boxes = mesh(1, 1, x=40.0, y=200.0, width=30, height=20)
-    return figure(BLUE + mesh(6, 3) + f"/f{{stroke}}def {boxes}/f{{fill}}def\n{ORANGE}" + mesh(5, 4, x=160.0, y=160.0, height=24.0))
+    boxes = mesh(1, 1, x=40.0, y=200.0, width=18, height=12)
+    return figure(BLUE + mesh(6, 3) + f"/f{{0 setlinewidth stroke}}def {boxes}/f{{fill}}def\n{ORANGE}" + mesh(5, 4, x=160.0, y=160.0, height=24.0))
 
 
 for draw in arrows, ticks, grid, fold, outlines, strokes, levels, colours, counted, relative, culprit:
