@@ -110,7 +110,8 @@ TEST_F(judging, allows_for_what_the_way_does_to_colours_and_pixels) {
   const rows near(20, std::string(20, 'h') + "....");
   look("input", hue, hue, hue);
   EXPECT_EQ(judged(near, near, near, {4, false}), "same");
-  EXPECT_TRUE(judged(near, near, near, {3, false}).starts_with("the picture changed: the colour of 800 pixels "));
+  EXPECT_TRUE(judged(near, near, near, {3, false})
+                  .starts_with("few: the picture changed: the colour of 800 pixels "));
 
   // Two interleaved colours, each within a pixel of its place: so may a stroked mesh differ, but
   // not all over.

@@ -59,7 +59,9 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   EXPECT_EQ(lines[2].find(" 77 ") + 4, lines[3].find(" 1000 ") + 6);
   EXPECT_NE(lines[1].find("500/40"), std::string::npos);
   EXPECT_NE(lines[2].find("name?[2J.eps"), std::string::npos);
-  EXPECT_NE(lines[2].find("FAILED: gs:?no?font?" "?!"), std::string::npos);
+  EXPECT_NE(lines[2].find("FAILED: gs:?no?font?"
+                          "?!"),
+            std::string::npos);
   EXPECT_NE(lines[4].find("written: 2 of 3"), std::string::npos);
   for (const auto* total : {" 20 ", " 4 ", " 2000 ", " 600 "}) {
     EXPECT_NE(lines[4].find(total), std::string::npos) << total;
