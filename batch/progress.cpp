@@ -22,7 +22,7 @@ void progress::tell(const file_report& report) {
     // A line that is longer than the terminal is wide could not be overwritten.
     constexpr std::size_t width = 79;
     const std::string line = count + printable(report.file.filename().native()) + words;
-    std::fprintf(stderr, "\r\x1b[K%s", line.substr(0, width).c_str());
+    std::fprintf(stderr, "\r\x1b[K%s", std::string(first_columns(line, width)).c_str());
   } else {
     std::fprintf(stderr, "%s\n", (count + printable(report.file.native()) + words).c_str());
   }

@@ -23,6 +23,8 @@ std::size_t length_of_shown(std::string_view text) {
   return is_wrong ? 0 : length;
 }
 
+bool begins_character(char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }
+
 /// Copies a text; `replace` is given every byte that cannot be shown.
 template <class Replace>
 std::string copied(std::string_view text, Replace replace) {
@@ -58,8 +60,15 @@ std::string escaped(std::string_view text) {
 }
 
 std::size_t width_of(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(text, [](unsigned char c) { return (c & 0xc0) != 0x80; }));
+  return static_cast<std::size_t>(std::ranges::count_if(text, begins_character));
+}
+
+std::string_view first_columns(std::string_view text, std::size_t columns) {
+  std::size_t end = 0;
+  for (; end < text.size(); ++end) {
+    if (begins_character(text[end]) && columns-- == 0) break;
+  }
+  return text.substr(0, end);
 }
 
 }  // namespace trellion::batch

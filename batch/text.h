@@ -16,4 +16,7 @@ std::string escaped(std::string_view text);
 /// How many columns a text in UTF-8 takes, wide and combining characters aside.
 std::size_t width_of(std::string_view text);
 
+/// The beginning of such a text that takes at most so many.
+std::string_view first_columns(std::string_view text, std::size_t columns);
+
 }  // namespace trellion::batch
