@@ -11,11 +11,11 @@
 #include <string_view>
 #include <utility>
 
+#include "batch/programs.h"
+
 namespace trellion::batch {
 namespace {
 
-// Resolved in the child, and still us when the file has been replaced meanwhile.
-constexpr const char* this_executable = "/proc/self/exe";
 constexpr int time_to_end_group = 2000;  // milliseconds
 
 std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
@@ -67,7 +67,7 @@ class spawn_plan {
   [[nodiscard]] pid_t start(const std::string& program, const std::vector<std::string>& arguments,
                             const std::vector<std::string>& environment) const {
     pid_t pid = 0;
-    const int error = ::posix_spawn(&pid, this_executable, &actions_, &attributes_,
+    const int error = ::posix_spawn(&pid, own_executable, &actions_, &attributes_,
                                     pointers_to(arguments).data(), pointers_to(environment).data());
     if (error != 0) throw system_failure("run", program, error);
     return pid;

@@ -1,11 +1,13 @@
 #include "batch/culprits.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace trellion::batch {
 
 std::vector<group_range> find_culprits(std::int64_t n_groups, const change_test& changes,
                                        int most_tests) {
+  assert(n_groups > 1);
   std::vector<group_range> suspects = {{1, n_groups}};  // all of them change the picture
   std::vector<group_range> culprits;
   while (!suspects.empty()) {

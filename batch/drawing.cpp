@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// More than a page of A4 at 600 dpi has. A drawing takes three bytes of memory for each.
+/// More than a page of A4 has at 600 dpi. A drawing takes three bytes of memory for each.
 constexpr std::size_t max_pixels = 40'000'000;
 constexpr double max_coarse_pixels = 4e6;
 /// No drawing is written to disk; fonts and bands may be, in passing.
@@ -29,7 +29,7 @@ std::string option(const char* name, double value) {
   return text.data();
 }
 
-/// A drawing and its head; less than two pages of any size that matters.
+/// A drawing and its head. What writes more draws page after page, or nonsense.
 constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
 
 bool ignore_output(std::string_view) { return true; }
@@ -50,7 +50,8 @@ resolutions resolutions_for(const page_frame& frame) {
   double coarse = fitting(longer, 400, 144, 600);
   double fine = fitting(longer, 2000, 600, 2400);
   coarse = std::min(coarse, std::sqrt(max_coarse_pixels / square_inches));
-  fine = std::min(fine, std::sqrt(static_cast<double>(max_pixels) / square_inches));
+  // Ghostscript can round both sides up.
+  fine = std::min(fine, std::sqrt(0.98 * static_cast<double>(max_pixels) / square_inches));
   constexpr double least = 36;
   if (fine < least) throw dead_end{verdict::withheld, "the page is too large to be compared"};
   return {coarse, fine};
@@ -61,19 +62,21 @@ page_frame frame_around(const page_part& part, const page_frame& page, const res
   constexpr std::int64_t raster = 3;
   constexpr double margin = 6;
   if (dpi.coarse != 144 || dpi.fine != 600) return page;
-  const auto below = [](double points, std::int64_t most) {
+  const auto before = [](double points, std::int64_t most) {
     return std::clamp<std::int64_t>(std::llround(std::floor((points - margin) / raster)) * raster,
                                     0, most);
   };
-  const auto above = [](double points, std::int64_t most) {
+  const auto after = [](double points, std::int64_t most) {
     return std::min<std::int64_t>(std::llround(std::ceil((points + margin) / raster)) * raster,
                                   most);
   };
-  const std::int64_t left = below(part.left, page.width - 1);
-  const std::int64_t top = below(part.top, page.height - 1);
-  const std::int64_t right = above(part.right, page.width);
-  const std::int64_t bottom = above(part.bottom, page.height);
-  return {page.left + left, page.bottom + page.height - bottom, right - left, bottom - top};
+  // Pixels are counted from the left and lower edges.
+  const auto height = static_cast<double>(page.height);
+  const std::int64_t left = before(part.left, page.width - 1);
+  const std::int64_t right = after(part.right, page.width);
+  const std::int64_t bottom = before(height - part.bottom, page.height - 1);
+  const std::int64_t top = after(height - part.top, page.height);
+  return {page.left + left, page.bottom + bottom, right - left, top - bottom};
 }
 
 pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, double dpi,
@@ -118,9 +121,9 @@ void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
 }
 
 std::string drawing_programs::box_comments_of(const fs::path& eps) const {
-  return ended({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
-                "-sstdout=/dev/null", eps},
-               drawing_file_size, ignore_output)
+  return run_to_end({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
+                     "-sstdout=/dev/null", eps},
+                    drawing_file_size, ignore_output)
       .messages;
 }
 
@@ -147,8 +150,8 @@ std::string drawing_programs::output_of(const std::vector<std::string>& command)
   return bytes;
 }
 
-child_result drawing_programs::ended(const std::vector<std::string>& command,
-                                     std::uint64_t file_size, const output_taker& take) const {
+child_result drawing_programs::run_to_end(const std::vector<std::string>& command,
+                                          std::uint64_t file_size, const output_taker& take) const {
   child_limits limits = limits_;
   limits.file_size = file_size;
   const child_result result = runner_.run(command, directory_, take, limits);

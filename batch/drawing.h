@@ -61,11 +61,11 @@ class drawing_programs {
  private:
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
   [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
-  [[nodiscard]] child_result ended(const std::vector<std::string>& command, std::uint64_t file_size,
-                                   const output_taker& take) const;
+  [[nodiscard]] child_result run_to_end(const std::vector<std::string>& command,
+                                        std::uint64_t file_size, const output_taker& take) const;
   void run(const std::vector<std::string>& command, std::uint64_t file_size,
            const output_taker& take) const {
-    static_cast<void>(ended(command, file_size, take));
+    static_cast<void>(run_to_end(command, file_size, take));
   }
 
   const programs& tools_;

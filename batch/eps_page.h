@@ -11,7 +11,7 @@ namespace trellion::batch {
 /// What a file is, judged by its first bytes.
 enum class file_kind : std::uint8_t {
   eps,      ///< begins with "%!", whether or not "EPSF" follows; a ^D may precede it
-  dos_eps,  ///< PostScript behind a binary head, together with a preview of the picture
+  dos_eps,  ///< PostScript after a binary head, together with a preview of the picture
   pdf,
   gzip,
   empty,

@@ -49,7 +49,8 @@ struct file_report {
   std::string reason;  ///< why there is no result
 };
 
-/// A part of a page, in points from its left and upper edges.
+/// A part of a page, in points from its left and upper edges, as pictures count; PostScript counts
+/// from below.
 struct page_part {
   double left;
   double top;

@@ -25,13 +25,6 @@ class value_range {
     const std::size_t last = std::min(y + 1, picture.height - 1);
     for (std::size_t i = y - std::min<std::size_t>(y, 1); i <= last; ++i) take_in(picture.row(i));
   }
-  /// To be called when all has been taken in.
-  void double_ends() {
-    for (std::vector<std::uint8_t>* values : {&low_, &high_}) {
-      std::copy_n(values->begin() + 3, 3, values->begin());
-      std::copy_n(values->end() - 6, 3, values->end() - 3);
-    }
-  }
   /// For every part of a row how far it lies outside, its neighbours' range included.
   void measure(const std::uint8_t* row, std::vector<std::uint8_t>& distance) const {
     // Copies of the members, which a byte written could be part of for all the compiler knows.
@@ -77,7 +70,6 @@ std::int64_t count_outside(const pixmap& picture, std::initializer_list<const pi
   for (std::size_t y = 0; y < picture.height; ++y) {
     range.clear();
     for (const pixmap* other : others) range.take_in(*other, y);
-    range.double_ends();
     range.measure(picture.row(y), distance);
     for (std::size_t i = 0; i < distance.size(); i += 3) {
       const int farthest = std::max({distance[i], distance[i + 1], distance[i + 2]});

@@ -1,4 +1,4 @@
-// Repairs many files with trellion, each in a child process, and keeps what is good.
+// Repairs many files with trellion, in child processes, and keeps what is good.
 
 #include <algorithm>
 #include <atomic>

@@ -7,7 +7,7 @@
 
 namespace trellion::batch {
 
-/// A part of a picture, without its last column and row; empty when they are the first.
+/// A part of a picture; right and bottom are one past the last column and row.
 struct pixel_box {
   std::size_t left = 0;
   std::size_t top = 0;

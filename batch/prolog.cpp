@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view prolog_begin = "\n%%BeginProlog";
 constexpr std::string_view prolog_end = "\n%%EndProlog";
-// What can stand before or behind a name in PostScript.
+// What can stand before or after a name in PostScript.
 constexpr std::string_view delimiters = " \t\r\n\f()<>[]{}/%";
 
 // Maps of characters for fonts of many letters, up to the end of the prolog or of its section.
@@ -135,15 +135,15 @@ std::string without_unused_definitions(std::string_view eps) {
     return std::string(eps);
   }
   const std::string_view before = eps.substr(0, begin + 1);
-  const std::string_view behind = eps.substr(end + 1);
+  const std::string_view after = eps.substr(end + 1);
   std::vector<piece> pieces = cut(eps.substr(begin + 1, end - begin));
-  mark_needed(pieces, {before, behind});
+  mark_needed(pieces, {before, after});
 
   std::string result(before);
   for (const piece& p : pieces) {
     if (p.is_needed) result += p.text;
   }
-  return result += behind;
+  return result += after;
 }
 
 }  // namespace trellion::batch

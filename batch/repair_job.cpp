@@ -115,6 +115,7 @@ class repair_job {
   workshop workshop_;
   std::vector<candidate> candidates_;  // the smallest first
   std::vector<near_miss> near_misses_;
+  int tests_left_ = 64;  // of the search for culprits: each repairs and draws
   std::optional<file_report> gravest_;
 };
 
@@ -200,7 +201,9 @@ std::optional<repair_job::finding> repair_job::best_without_culprits() {
     finding found{miss.made, report_of(miss.made)};
     const bool mended = reach(found.report, [&] {
       std::optional<candidate> spared = without_culprits(miss);
-      if (!spared) throw dead_end{verdict::withheld, "the picture changed at many places"};
+      if (!spared) {
+        throw dead_end{verdict::withheld, "the picture changed, and no few groups are to blame"};
+      }
       found = {*spared, report_of(*spared)};
       check_gain(*spared);
       compare(*spared, found.report);
@@ -213,18 +216,18 @@ std::optional<repair_job::finding> repair_job::best_without_culprits() {
 
 /// The same repair without the groups that change the picture; nothing when they are too many.
 std::optional<candidate> repair_job::without_culprits(const near_miss& miss) {
-  constexpr int most_tests = 64;
   const repair_way& way = miss.made.way;
   const std::int64_t n_groups = miss.made.summary.groups;
   appearance input = workshop_.input_appearance(miss.place);
   const auto changes = [&](const group_range& joined) {
+    --tests_left_;
     const candidate part = workshop_.repair(way, all_but(joined, n_groups));
     appearance look = workshop_.appearance_of(part, miss.place);
     return !shows_the_same(input, look, rule_for(way));
   };
   constexpr group_range none{1, 0};
   if (changes(none)) return std::nullopt;  // it was the detour
-  const std::vector<group_range> culprits = find_culprits(n_groups, changes, most_tests);
+  const std::vector<group_range> culprits = find_culprits(n_groups, changes, tests_left_);
   if (culprits.empty()) return std::nullopt;
   return workshop_.repair(way, culprits);
 }

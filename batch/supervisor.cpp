@@ -15,11 +15,13 @@
 #include <csignal>
 #include <string_view>
 
+#include "batch/programs.h"
+
 namespace trellion::batch {
 namespace {
 
 constexpr std::string_view hidden_option = "--supervise";
-constexpr int program_at = 6;  // behind our name, the option, three limits and the directory
+constexpr int program_at = 6;  // after our name, the option, three limits and the directory
 
 /// What `supervised` has put into the arguments.
 struct task {
@@ -137,7 +139,7 @@ std::vector<std::string> supervised(const std::vector<std::string>& command,
   std::uint64_t memory = limits.memory;
 #ifdef __SANITIZE_ADDRESS__
   // This executable, as a worker, reserves more addresses than there is memory.
-  if (command.front() == "/proc/self/exe") memory = RLIM_INFINITY;
+  if (command.front() == own_executable) memory = RLIM_INFINITY;
 #endif
   std::vector<std::string> arguments = {
       "trellion-batch",           std::string(hidden_option),

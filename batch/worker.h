@@ -26,7 +26,7 @@ struct repair_request {
   bool operator==(const repair_request&) const = default;
 };
 
-/// Why a repair ended before its end, if it did.
+/// What a repair did, or why it ended early.
 using repair_outcome = std::variant<repair_summary, early_end>;
 
 /// The first argument that makes the program a worker.

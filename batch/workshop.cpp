@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "batch/inputs.h"
+#include "batch/programs.h"
 #include "batch/worker.h"
 #include "files.h"
 
@@ -13,9 +14,6 @@ namespace trellion::batch {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// This program, to be run again as a worker.
-constexpr const char* own_program = "/proc/self/exe";
 
 dead_end dead_end_of(const early_end& ended) {
   switch (ended.reason) {
@@ -69,7 +67,7 @@ candidate workshop::repair(const repair_way& way, const std::vector<group_range>
   std::vector<std::string> command =
       worker_arguments({source, name, options_.merge_limit.value_or(0), way.min_separators,
                         way.remove_mesh, left_alone});
-  command.insert(command.begin(), own_program);
+  command.insert(command.begin(), own_executable);
   std::string said;
   const auto take = [&said](std::string_view bytes) {
     constexpr std::size_t enough = 4096;

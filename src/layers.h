@@ -29,8 +29,10 @@ namespace trellion {
 /// 3. The area of a joined path is the sum of those of its parts, each greater than zero. So no
 ///    path collapses, which would take an area of zero.
 ///
-/// This takes exact arithmetic. That of is_superfluous wraps for points far apart, which the
-/// repair's summary tells as an area lost. And what is drawn by another rule than that of windings
+/// This takes paths that wind round every point once or not at all: where one crosses itself it has
+/// a lobe that runs the other way, which can cancel what another path winds round. And it takes
+/// exact arithmetic. That of is_superfluous wraps for points far apart, which the
+/// repair's summary tells as an area lost. What is drawn by another rule than that of windings
 /// that are not zero (even-odd, say) can differ where joined polygons overlap.
 ///
 /// A path goes to the layer after the last one that has a path in its way. An earlier one can have

@@ -1,6 +1,7 @@
 #include "repair.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -119,10 +120,12 @@ class group_repair {
   }
 
   /// Layers are a precaution: what runs along a line twice need not come to be joined to each
-  /// other. Where no area is lost without them, nothing was subtracted, and more is joined.
+  /// other. A merger adds two areas or subtracts one from the other, both greater than zero, so the
+  /// sum of the areas never grows, and once smaller it stays so. Where it is what it was nothing
+  /// was subtracted; then all went well in one layer, and more is joined. The attempt takes as much
+  /// memory as the group once more.
   bool join_as_one_layer(const ps_path_queue& queue) {
     path_store store;
-    store.clear();
     ps_path_queue paths(store);
     for (path_index p = queue.first(); p != no_path; p = store_.paths[p].next_path) {
       paths.add_after_last(copy_path(store_, p, store));
@@ -131,8 +134,9 @@ class group_repair {
     bool area_kept = false;
     try {
       area_kept = join(store, paths);
-    } catch (const early_end&) {
-      // Two of them have cancelled each other out.
+    } catch (const early_end& end) {
+      assert(end.reason == end_reason::collapsed_path);  // two have cancelled each other out
+      static_cast<void>(end);
     }
     if (!area_kept) {
       summary_.mergers = mergers_before;

@@ -19,8 +19,8 @@ struct repair_summary {
   std::int64_t polygons_left = 0;  ///< paths written in place of the groups
   /// The areas of a group's polygons before joining, their signs left aside, do not sum up to those
   /// of the outlines after it: polygons on the same side of an edge that they share (a fold) have
-  /// been joined, and subtracted from each other. Where none is lost the outlines wind round the
-  /// same area as the polygons did.
+  /// been joined, and subtracted from each other. Where none is lost, and no polygon crosses
+  /// itself, the outlines wind round the same area as the polygons did.
   bool area_lost = false;
 };
 
