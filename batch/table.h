@@ -19,8 +19,7 @@ void write_table(const std::vector<file_report>& reports, bool with_hairlines, t
 inline constexpr std::string_view report_begin = "file\tresult\t";
 
 /// Writes them as tab-separated values below a line of headings. What is unknown is left empty;
-/// tabs, line feeds, backslashes and control characters in texts are written as \t, \n, \\ and
-/// \x with two digits.
+/// texts are escaped.
 void write_tsv(const std::vector<file_report>& reports, text_writer& out);
 
 }  // namespace trellion::batch
