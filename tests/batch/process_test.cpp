@@ -126,7 +126,9 @@ TEST_F(children, have_nothing_of_ours_that_they_do_not_need) {
   ::close(inherited);
   ::unsetenv("GS_OPTIONS");
   ::unsetenv("TMPDIR");
-  const auto has = [this](const std::string& text) { return output.find(text) != output.npos; };
+  const auto has = [this](const std::string& text) {
+    return output.find(text) != std::string::npos;
+  };
   EXPECT_FALSE(has("GS_OPTIONS") || has("/elsewhere") || has("is 3 open")) << output;
   EXPECT_TRUE(has("TMPDIR=" + directory.path().string() + '\n')) << output;
   EXPECT_TRUE(has("TRELLION_ANYTHING=kept\n")) << output;
