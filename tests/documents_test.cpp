@@ -29,11 +29,14 @@ std::string part(const std::string& text, const std::string& first, const std::s
   return text.substr(begin, text.find(last, begin + first.size()) - begin);
 }
 
-/// The words that the completion in bash offers for options.
-options of_bash(const std::string& function) {
-  const std::string words =
-      part(part(document("completions/trellion.bash"), function, "\n}"), "-W '", "' ");
-  return all_matches(words.substr(4), "(--?[a-z][-a-z]*)");
+/// Expects the completions of a program in both shells to offer the options.
+void expect_completed(const std::string& program, const options& known) {
+  const std::string bash_name = std::regex_replace(program, std::regex("-"), "_");
+  const std::string bash =
+      part(document("completions/trellion.bash"), '_' + bash_name + "()", "\n}");
+  EXPECT_EQ(all_matches(part(bash, "-W '", "' ").substr(4), "(--?[a-z][-a-z]*)"), known);
+  const std::string zsh = part(document("completions/_trellion"), '_' + program + "()", "\n}");
+  EXPECT_EQ(all_matches(zsh, "[{,')](--?[a-z](?:[-a-z]*[a-z])?)(?=-?[\\[,}])"), known);
 }
 
 /// The options whose descriptions a manual page lists.
@@ -63,9 +66,7 @@ TEST(documents, list_the_options_of_trellion) {
   EXPECT_EQ(of_manual("doc/man/trellion.1"), accepted);
   const std::string readme = part(document("README.md"), "## Usage", "### ");
   EXPECT_EQ(all_matches(readme, "^\\| `(-[a-z])"), accepted);
-  EXPECT_EQ(of_bash("_trellion()"), accepted);
-  const std::string zsh = part(document("completions/_trellion"), "_trellion()", "\n}");
-  EXPECT_EQ(all_matches(zsh, "'(-[a-z])"), accepted);
+  expect_completed("trellion", accepted);
 }
 
 TEST(documents, list_the_options_of_trellion_batch) {
@@ -79,9 +80,7 @@ TEST(documents, list_the_options_of_trellion_batch) {
     EXPECT_EQ(said, option == "--version" ? said : help) << option;
   }
   EXPECT_EQ(of_manual("doc/man/trellion-batch.1"), known);
-  EXPECT_EQ(of_bash("_trellion_batch()"), known);
-  const std::string zsh = part(document("completions/_trellion"), "_trellion-batch()", "\n}");
-  EXPECT_EQ(all_matches(zsh, "[{,')](--?[a-z][-a-z]*)(?=[\\[,}])"), known);
+  expect_completed("trellion-batch", known);
 }
 
 }  // namespace

@@ -64,51 +64,21 @@ int openat(int directory, const char* name, int flags, ...) {
   return fails("openat") ? -1 : next(&openat, "openat")(directory, name, flags, mode);
 }
 
-int close(int file) { return fails("close") ? -1 : next(&close, "close")(file); }
+// All others fail with -1, too.
+#define CAN_FAIL(result, name, parameters, arguments, ...) \
+  result name parameters __VA_ARGS__ { return fails(#name) ? -1 : next(&name, #name) arguments; }
 
-ssize_t read(int file, void* buffer, size_t size) {
-  return fails("read") ? -1 : next(&read, "read")(file, buffer, size);
-}
-
-ssize_t write(int file, const void* bytes, size_t size) {
-  return fails("write") ? -1 : next(&write, "write")(file, bytes, size);
-}
-
-int fsync(int file) { return fails("fsync") ? -1 : next(&fsync, "fsync")(file); }
-
-int ftruncate(int file, off_t size) noexcept {
-  return fails("ftruncate") ? -1 : next(&ftruncate, "ftruncate")(file, size);
-}
-
-int fchmod(int file, mode_t mode) noexcept {
-  return fails("fchmod") ? -1 : next(&fchmod, "fchmod")(file, mode);
-}
-
-int fstat(int file, struct stat* status) noexcept {
-  return fails("fstat") ? -1 : next(&fstat, "fstat")(file, status);
-}
-
-int stat(const char* name, struct stat* status) noexcept {
-  return fails("stat") ? -1 : next(&stat, "stat")(name, status);
-}
-
-int lstat(const char* name, struct stat* status) noexcept {
-  return fails("lstat") ? -1 : next(&lstat, "lstat")(name, status);
-}
-
-int link(const char* from, const char* to) noexcept {
-  return fails("link") ? -1 : next(&link, "link")(from, to);
-}
-
-int rename(const char* from, const char* to) noexcept {
-  return fails("rename") ? -1 : next(&rename, "rename")(from, to);
-}
-
-int unlink(const char* name) noexcept {
-  return fails("unlink") ? -1 : next(&unlink, "unlink")(name);
-}
-
-int mkdir(const char* name, mode_t mode) noexcept {
-  return fails("mkdir") ? -1 : next(&mkdir, "mkdir")(name, mode);
-}
+CAN_FAIL(int, close, (int file), (file))
+CAN_FAIL(ssize_t, read, (int file, void* buffer, size_t size), (file, buffer, size))
+CAN_FAIL(ssize_t, write, (int file, const void* bytes, size_t size), (file, bytes, size))
+CAN_FAIL(int, fsync, (int file), (file))
+CAN_FAIL(int, ftruncate, (int file, off_t size), (file, size), noexcept)
+CAN_FAIL(int, fchmod, (int file, mode_t mode), (file, mode), noexcept)
+CAN_FAIL(int, fstat, (int file, struct stat* status), (file, status), noexcept)
+CAN_FAIL(int, stat, (const char* name, struct stat* status), (name, status), noexcept)
+CAN_FAIL(int, lstat, (const char* name, struct stat* status), (name, status), noexcept)
+CAN_FAIL(int, link, (const char* from, const char* to), (from, to), noexcept)
+CAN_FAIL(int, rename, (const char* from, const char* to), (from, to), noexcept)
+CAN_FAIL(int, unlink, (const char* name), (name), noexcept)
+CAN_FAIL(int, mkdir, (const char* name, mode_t mode), (name, mode), noexcept)
 }

@@ -86,15 +86,7 @@ TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
       << "the cursor has moved back by one";
 }
 
-TEST(path_ring, runs_the_other_way_after_reverse) {
-  path_store store;
-  const path_index path = path_of("1 1 2 2 3 3 4 4", store);
-  // The cursor's edge, from 4 to 1, is the same edge afterwards, from 1 to 4.
-  reverse(store, path);
-  EXPECT_EQ(written(store, path), "1 1 m\n4 4 l 3 3 l 2 2 l \nh f\n");
-}
-
-TEST(path_ring, keeps_its_untested_point_when_it_is_reversed_or_copied) {
+TEST(path_ring, keeps_its_cursor_edge_and_untested_point_when_reversed_or_copied) {
   path_store store;
   const path_index path = path_of("1 1 2 2 3 3 4 4", store);
   for (point_index point = 0; point < 4; ++point) {
@@ -106,23 +98,24 @@ TEST(path_ring, keeps_its_untested_point_when_it_is_reversed_or_copied) {
     const path_index copy = copy_path(store, path, other);
     EXPECT_EQ(other.points[other.paths[copy].untested].coords, coords);
   }
+  // The cursor's edge, from 4 to 1, is the same edge afterwards, from 1 to 4.
+  reverse(store, path);
+  EXPECT_EQ(written(store, path), "1 1 m\n4 4 l 3 3 l 2 2 l \nh f\n");
 }
 
 TEST(superfluous_points, are_coinciding_collinear_and_spikes) {
   // The walk starts on the last point and ends on the one before it, if both stay.
-  EXPECT_EQ(cleaned("0 0 2 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
-  EXPECT_EQ(cleaned("0 0 4 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
-  EXPECT_EQ(cleaned("0 0 4 0 9 0 4 0 4 4 0 4"), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n");
+  for (const auto* text :
+       {"0 0 2 0 4 0 4 4 0 4", "0 0 4 0 4 0 4 4 0 4", "0 0 4 0 9 0 4 0 4 4 0 4"}) {
+    EXPECT_EQ(cleaned(text), "4 4 m\n0 4 l 0 0 l 4 0 l \nh f\n") << text;
+  }
   EXPECT_EQ(cleaned("0 0 0 4 1.0001 5 1.0004 5 3 3"), "1.0004 5 m\n3 3 l 0 0 l 0 4 l \nh f\n");
-  EXPECT_EQ(cleaned("0 0 1 1 2 2"), "nothing");
-  EXPECT_EQ(cleaned("5 5 5 5 5 5 5 5"), "nothing");
-  EXPECT_EQ(cleaned("1 2"), "nothing");
-}
-
-TEST(superfluous_points, the_walk_can_leave_the_point_after_its_last_removal) {
-  // The walk starts on the second (0 0), which (1 -4) makes a corner. It comes round to (1 -4), a
-  // spike between the two (0 0), removes it, then the first (0 0), and ends on (-5 0). The second
-  // (0 0) now lies on a straight line, but is not looked at again.
+  for (const auto* text : {"0 0 1 1 2 2", "5 5 5 5 5 5 5 5", "1 2"}) {
+    EXPECT_EQ(cleaned(text), "nothing") << text;
+  }
+  // The walk can leave the point after its last removal: it starts on the second (0 0), which
+  // (1 -4) makes a corner. It comes round to (1 -4), a spike between the two (0 0), removes it,
+  // then the first (0 0), and ends on (-5 0). The second (0 0) now lies on a straight line.
   EXPECT_EQ(cleaned("5 0 0 9 -5 0 0 0 1 -4 0 0"), "-5 0 m\n0 0 l 5 0 l 0 9 l \nh f\n");
 }
 

@@ -68,27 +68,6 @@ class growing_ring {
   std::uint32_t size = 3;
 };
 
-TEST(ring_order, holds_wherever_a_ring_grows) {
-  enum place { after_the_last, always_at_one, at_random };
-  for (const place where : {after_the_last, always_at_one, at_random}) {
-    for (const std::uint32_t longest : {1U, 7U, 400U}) {
-      std::mt19937 random(longest);
-      growing_ring ring;
-      while (ring.size + longest <= growing_ring::max_points) {
-        const auto any = static_cast<point_index>(random() % ring.size);
-        ring.grow(where == after_the_last  ? ring.size - 1
-                  : where == always_at_one ? 1
-                                           : any,
-                  1 + static_cast<std::uint32_t>(random() % longest));
-        if (random() % 50 == 0) {
-          ASSERT_TRUE(ring.is_in_order_from(any)) << where << ' ' << longest << ' ' << ring.size;
-        }
-      }
-      EXPECT_TRUE(ring.is_in_order_from(2));
-    }
-  }
-}
-
 TEST(ring_order, keeps_the_smaller_label_smaller) {
   std::mt19937 random(1);
   growing_ring ring;

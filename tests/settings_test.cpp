@@ -31,53 +31,49 @@ std::string settings_for(std::vector<const char*> arguments, const std::string& 
   }
 }
 
-TEST(settings, from_arguments) {
-  EXPECT_EQ(settings_for({"s.eps"}), "s.eps s_r.eps m0 s2");
-  EXPECT_EQ(settings_for({"-m5", "s", "-r", "-v", "-s+3"}), "s.eps s_r.eps m5 s3 r v");
-  EXPECT_EQ(settings_for({"./s.eps", "-m/", "-s,"}), "./s.eps ./s_r.eps m0 s2");
-  EXPECT_EQ(settings_for({"s.eps", "-m0"}), "s.eps s_r.eps m0 s2");
-  EXPECT_EQ(settings_for({"./s"}), "trellion: fatal error --- file './s' does not exist.\n");
-  EXPECT_EQ(settings_for({"-v"}), "usage");
-}
+struct settings_case {
+  std::vector<const char*> arguments;
+  const char* answers;
+  const char* expected;
+};
 
-TEST(settings, from_arguments_with_mistakes) {
-  EXPECT_EQ(settings_for({"none.eps", "-x"}),
-            "trellion: fatal error --- file 'none.eps' does not exist.\n");
+TEST(settings, come_from_arguments_or_prompts) {
+  const std::string long_name = "'s" + std::string(99, ' ') + "x'\n3\n1\n1\n1\n";
+  const std::vector<settings_case> cases = {
+      {{"-m5", "s", "-r", "-v", "-s+3"}, "", "s.eps s_r.eps m5 s3 r v"},
+      {{"./s.eps", "-m/", "-s,"}, "", "./s.eps ./s_r.eps m0 s2"},
+      {{"s.eps", "-m0"}, "", "s.eps s_r.eps m0 s2"},
+      {{"./s"}, "", "trellion: fatal error --- file './s' does not exist.\n"},
+      {{"-v"}, "", "usage"},
+      {{"none.eps", "-x"}, "", "trellion: fatal error --- file 'none.eps' does not exist.\n"},
+      {{"s.eps", "-m"}, "", "Unrecognised option -m\nusage"},
+      // A later number that is right takes the blame away, and what was read stays.
+      {{"s.eps", "-m-1", "-s3"}, "", "s.eps s_r.eps m-1 s3"},
+      {{"s.eps", "-x", "-m2"}, "", "s.eps s_r.eps m2 s2"},
+      {{"s.eps", "-x", "-m2", "-y"}, "", "Unrecognised option -x\nUnrecognised option -y\nusage"},
+      {{}, "s\r\n3\r\n1\n1\n1\n", "s.eps s_r.eps m3 s1"},
+      // A name is cut to 100 characters.
+      {{}, long_name.c_str(), "s.eps s_r.eps m3 s1"},
+      // The empty item leaves the -1 as it was, and the question is asked again.
+      {{}, "\n  s.eps junk\nabc\n-1\n , 9\n0\n2 7\n3\n2\n1\n", "s.eps s_r.eps m0 s2 r"},
+      {{}, "'a b''c.eps'\n/\n/\n1\n,\n", "a b'c.eps a b'c_r.eps m0 s2"},
+      // Yes to the mesh stands when the next answer is unreadable.
+      {{}, "s\n0\n2\n2\nwhat\n", "s.eps s_r.eps m0 s2 r v"},
+      {{}, "s\n0\n2\n2\n", "s.eps s_r.eps m0 s2 r v"},
+      {{}, "s\n0\n2\n1\nwhat\n2\n", "s.eps s_r.eps m0 s2 v"}};
+  for (const settings_case& c : cases) {
+    EXPECT_EQ(settings_for(c.arguments, c.answers), c.expected) << c.answers;
+  }
   for (const auto* bad : {"-m-1", "-s0", "-rv", "-m5x", "-m1.5", "-m2147483648", "-", "", "x", "ab",
                           "other.eps", "-xyz", "-m ", "-m+-5"}) {
     EXPECT_EQ(settings_for({"s.eps", bad}), "usage") << bad;
   }
-  EXPECT_EQ(settings_for({"s.eps", "-x"}), "Unrecognised option -x\nusage");
-  EXPECT_EQ(settings_for({"s.eps", "-m"}), "Unrecognised option -m\nusage");
-  // A later number that is right takes the blame away, and what was read stays.
-  EXPECT_EQ(settings_for({"s.eps", "-m-1", "-s3"}), "s.eps s_r.eps m-1 s3");
-  EXPECT_EQ(settings_for({"s.eps", "-x", "-m2"}), "s.eps s_r.eps m2 s2");
-  EXPECT_EQ(settings_for({"s.eps", "-x", "-m2", "-y"}),
-            "Unrecognised option -x\nUnrecognised option -y\nusage");
-}
-
-TEST(settings, from_prompts) {
-  EXPECT_EQ(settings_for({}, "s\r\n3\r\n1\n1\n1\n"), "s.eps s_r.eps m3 s1");
-  EXPECT_EQ(settings_for({}, "'s" + std::string(99, ' ') + "x'\n3\n1\n1\n1\n"),
-            "s.eps s_r.eps m3 s1")
-      << "a name is cut to 100 characters";
-  EXPECT_EQ(settings_for({}, "\n  s.eps junk\nabc\n-1\n , 9\n0\n2 7\n3\n2\n1\n"),
-            "s.eps s_r.eps m0 s2 r")
-      << "the empty item leaves the -1 as it was, and the question is asked again";
-  EXPECT_EQ(settings_for({}, "'a b''c.eps'\n/\n/\n1\n,\n"), "a b'c.eps a b'c_r.eps m0 s2");
   EXPECT_TRUE(settings_for({}, "plots/s.eps\n0\n2\n1\n1\n")
                   .ends_with("fatal error --- file 'plots.eps' does not exist.\n"));
   // Where the input ends at a question that would be asked for ever.
-  for (const auto* answers :
-       {" \n", "s\n", "s\n-1\n", "s\n0\n", "s\n0\n2\n", "s\n0\n2\n1\n", "s\n0\n2\n1\nwhat"}) {
+  for (const auto* answers : {" \n", "s\n", "s\n-1\n", "s\n0\n", "s\n0\n2\n1\nwhat"}) {
     EXPECT_THROW(settings_for({}, answers), run_error) << answers;
   }
-}
-
-TEST(settings, yes_to_the_mesh_stands_when_the_next_answer_is_unreadable) {
-  EXPECT_EQ(settings_for({}, "s\n0\n2\n2\nwhat\n"), "s.eps s_r.eps m0 s2 r v");
-  EXPECT_EQ(settings_for({}, "s\n0\n2\n2\n"), "s.eps s_r.eps m0 s2 r v");
-  EXPECT_EQ(settings_for({}, "s\n0\n2\n1\nwhat\n2\n"), "s.eps s_r.eps m0 s2 v");
 }
 
 TEST(fields, hold_a_value_or_asterisks) {

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <regex>
+#include <sstream>
 #include <stdexcept>
 
 namespace trellion::testing {
@@ -15,6 +17,13 @@ namespace trellion::testing {
 std::string read_file(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> split(const std::string& text, char end) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, end);) parts.push_back(part);
+  return parts;
 }
 
 scratch_directory::scratch_directory() {
@@ -49,26 +58,11 @@ std::string failing(std::string_view function, int n, int error_number) {
 }
 
 std::string masked(const std::string& text) {
-  std::string result = text;
-  // Replaces what follows `before` by the mask if it has the mask's form: digits for digits.
-  const auto overwrite = [&result](std::string_view before, std::string_view mask) {
-    const std::size_t at = result.find(before);
-    if (at == std::string::npos) return;
-    const std::size_t begin = at + before.size();
-    for (std::size_t i = 0; i < mask.size(); ++i) {
-      const char c = begin + i < result.size() ? result[begin + i] : '\0';
-      const bool fits = mask[i] == '0' ? c >= '0' && c <= '9' : c == mask[i];
-      if (!fits) return;
-    }
-    result.replace(begin, mask.size(), mask);
-  };
-  overwrite("Processing completed in   ", "0.0000 seconds");
-  const std::size_t comment = result.find("%%Processed by ");
-  if (comment != std::string::npos) {
-    overwrite(result.substr(comment, result.find(" at ", comment) - comment),
-              " at 00:00 on 00/00/0000");
-  }
-  return result;
+  static const std::regex time_spent("(Processing completed in   )[0-9]\\.[0-9]{4}(?= seconds)");
+  static const std::regex date("(%%Processed by .*) at [0-9]{2}:[0-9]{2} on [0-9/]{10}");
+  const auto once = std::regex_constants::format_first_only;
+  return std::regex_replace(std::regex_replace(text, time_spent, "$010.0000", once), date,
+                            "$1 at 00:00 on 00/00/0000", once);
 }
 
 drawing_token_set mlhf() {

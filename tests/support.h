@@ -34,6 +34,9 @@ class captured_text {
 /// The bytes of a file; empty when it cannot be read.
 std::string read_file(const std::filesystem::path& path);
 
+/// The parts of a text that end with a character; the last need not.
+std::vector<std::string> split(const std::string& text, char end);
+
 /// A directory of its own, removed with the object.
 class scratch_directory {
  public:

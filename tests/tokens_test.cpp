@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "string_utils.h"
 #include "support.h"
 
@@ -30,25 +32,20 @@ std::string written(std::string_view text) {
   return out.text();
 }
 
-TEST(tokens, split_at_blanks_and_braces_only) {
-  EXPECT_EQ(described("  10 20 moveto"), "2|2|10|0 1|2|20|0 1|3|moveto|1 ");
-  EXPECT_EQ(described("/x{exch}def"), "0|3|/x|0 0|1|{|0 0|3|exch|0 0|1|}|0 0|3|def|1 ");
-  EXPECT_EQ(described("(a string)\tshow[1]"), "0|3|(a|0 1|3|string)\tshow[1]|1 ");
-}
+TEST(tokens, split_at_blanks_line_ends_and_braces_only) {
+  const std::vector<std::array<std::string, 2>> texts = {
+      {"  10 20 moveto", "2|2|10|0 1|2|20|0 1|3|moveto|1 "},
+      {"/x{exch}def", "0|3|/x|0 0|1|{|0 0|3|exch|0 0|1|}|0 0|3|def|1 "},
+      {"(a string)\tshow[1]", "0|3|(a|0 1|3|string)\tshow[1]|1 "},
+      {"a\nb\r\nc\rd", "0|3|a|1 0|3|b|1 0|3|c|1 0|3|d|1 "},
+      {"a  \n\n  \r\n b", "0|3|a|3 1|3|b|1 "},
+      {"\n \na\n   ", "0|0||2 0|3|a|1 "},
+      {"a\r\r\n", "0|3|a|2 "},
+      {"    ", ""}};
+  for (const auto& [text, expected] : texts) EXPECT_EQ(described(text), expected) << text;
+  EXPECT_EQ(tokens_of("a b\n\nc\r\nd").back().line_number, 4);
 
-TEST(tokens, lines_end_in_all_three_ways_and_blank_lines_are_folded) {
-  EXPECT_EQ(described("a\nb\r\nc\rd"), "0|3|a|1 0|3|b|1 0|3|c|1 0|3|d|1 ");
-  EXPECT_EQ(described("a  \n\n  \r\n b"), "0|3|a|3 1|3|b|1 ");
-  EXPECT_EQ(described("\n \na\n   "), "0|0||2 0|3|a|1 ");
-  EXPECT_EQ(described("a\r\r\n"), "0|3|a|2 ");
-  EXPECT_EQ(described(""), "");
-  EXPECT_EQ(described("    "), "");
-  std::vector<std::int64_t> lines;
-  for (const token& t : tokens_of("a b\n\nc\r\nd")) lines.push_back(t.line_number);
-  EXPECT_EQ(lines, (std::vector<std::int64_t>{1, 1, 3, 4}));
-}
-
-TEST(tokens, writing_restores_the_text_less_blanks_at_line_ends) {
+  // Writing restores the text less blanks at line ends.
   const std::string text = "%!PS\n\n  /x {1  exch}  def\n\n\n{ } show\n";
   EXPECT_EQ(written(text), text);
   EXPECT_EQ(written("a   \r\n b\r\rc"), "a\n b\n\nc\n");
@@ -64,12 +61,10 @@ TEST(tokens, numbers_have_an_optional_minus_and_one_point_at_most) {
 }
 
 TEST(tokens, equality_ignores_layout_but_not_kind_or_spelling) {
-  const auto a = tokens_of("moveto {\n\n   moveto 12 12.0");
-  EXPECT_TRUE(tok_eq_tok(a[0], a[2]));
-  EXPECT_TRUE(tok_neq_tok(a[3], a[4]));
-  token brace = a[1];
-  brace.kind = token_kind::string;
-  EXPECT_FALSE(tok_eq_tok(a[1], brace));
+  auto a = tokens_of("moveto {\n\n   moveto 12 12.0");
+  EXPECT_TRUE(tok_eq_tok(a[0], a[2]) && tok_neq_tok(a[3], a[4]));
+  a[2].kind = token_kind::brace;
+  EXPECT_FALSE(tok_eq_tok(a[0], a[2]));
 }
 
 TEST(tokens, leading_comments_are_written_and_taken_off) {

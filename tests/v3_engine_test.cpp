@@ -11,43 +11,6 @@
 namespace trellion::testing {
 namespace {
 
-polygon square(int x, int y) { return {{x, y}, {x + 1, y}, {x + 1, y + 1}, {x, y + 1}}; }
-
-std::string progress(int merges) {
-  const std::string count = std::to_string(merges);
-  return "\x1b[1A  Processing ... mergers :" + std::string(7 - count.size(), ' ') + count + "\n";
-}
-
-TEST(engine, repeats_the_progress_line_while_the_count_stays_on_a_hundred) {
-  // Three squares that touch nothing: one round each, and one in which the strata run out.
-  EXPECT_EQ(merged(to_postscript({square(0, 0), square(5, 5), square(9, 9)})).console,
-            "  Processing \n" + progress(0) + progress(0) + progress(0) + progress(0) +
-                "  Gathering ...       12 points in        3 paths.\n");
-
-  // A row of 101 squares merges from left to right; the two rounds without a partner follow.
-  std::vector<polygon> row;
-  for (int x = 0; x <= 100; ++x) row.push_back(square(x, 0));
-  const engine_result all = merged(to_postscript(row));
-  EXPECT_EQ(all.console, "  Processing \n" + progress(0) + progress(100) + progress(100) +
-                             "  Gathering ...        4 points in        1 paths.\n");
-  EXPECT_EQ(std::count(all.paths.begin(), all.paths.end(), 'h'), 1);
-}
-
-TEST(engine, takes_up_no_path_beyond_the_merge_limit) {
-  const std::string squares = to_postscript({square(0, 0), square(1, 0)});
-  EXPECT_EQ(std::ranges::count(merged(squares, 3).paths, 'h'), 2);
-  EXPECT_EQ(std::ranges::count(merged(squares, 4).paths, 'h'), 1);
-  // The stratum of three points is worked whatever the limit.
-  const std::string triangles = "0 0 m 1 0 l 0 1 l h f 1 0 m 1 1 l 0 1 l h f";
-  EXPECT_EQ(std::ranges::count(merged(triangles, 1).paths, 'h'), 1);
-}
-
-TEST(engine, ends_the_run_when_polygons_cancel_out) {
-  const engine_result nothing = merged(to_postscript({square(0, 0), square(0, 0)}));
-  EXPECT_EQ(nothing.console,
-            "  Processing \n" + progress(0) + "trellion: fatal error --- collapsed path!\n");
-}
-
 /// Groups that are hard on the engine, small enough for the plain one.
 class hard_groups {
  public:

@@ -13,14 +13,9 @@ class batch_faults : public batches {
  protected:
   batch_faults() { fs::create_directory(directory.path() / "bin"); }
 
-  /// Puts a script in the place of a program; `$real` is the program itself.
+  /// Puts a script in the place of a program.
   void fake(const std::string& program, const std::string& script) const {
-    write_script(directory, "bin/" + program,
-                 "real='" + batch::find_program(program).value() + "'\n" + script);
-  }
-  /// Runs with the fakes in front of all programs.
-  outcome run_with_fakes(const std::string& arguments) {
-    return run(arguments, "PATH=$PWD/bin:$PATH ");
+    write_script(directory, "bin/" + program, script);
   }
   /// Puts a program in the place of gs that draws the same picture of everything, and no other
   /// program that draws. `before` comes before it does that.
@@ -36,17 +31,11 @@ const std::string only_fakes = "PATH=$PWD/bin:${PATH%%:*} ";
 TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
   directory.write("endless.eps",
                   figure_of(to_postscript(random_mesh(1, 20, 20)) + "{showpage} loop\n"));
-  directory.write("stuck.eps", plain_figure(2) + "{} loop\n");
   directory.write("greedy.eps", plain_figure(3) + "[100 {3000000 array} repeat]\n");
-  std::string huge = plain_figure(4);
-  huge.replace(huge.find("20 20"), 5, "60000 60000");
-  directory.write("huge.eps", huge);
   EXPECT_EQ(run("--time-limit 3 --memory-limit 250 .").status, 1);
   const std::map<std::string, std::string> expected = {
       {"./endless.eps", "WITHHELD: it draws more than one page"},
-      {"./stuck.eps", "FAILED: gs: takes too long (--time-limit)"},
-      {"./greedy.eps", "FAILED: gs: needs too much memory"},
-      {"./huge.eps", "WITHHELD: the page is too large to be compared"}};
+      {"./greedy.eps", "FAILED: gs: needs too much memory"}};
   EXPECT_EQ(results(), expected);
   // Before a detour fills files with pages they are counted.
   EXPECT_EQ(run("--detour --no-verify endless.eps").status, 1);
@@ -54,43 +43,19 @@ TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
             "WITHHELD: it draws more than one page; no other way was better");
 }
 
-TEST_F(batch_faults, of_figures_that_want_to_write_change_no_files) {
-  const std::string secret = (directory.path() / "secret").string();
-  directory.write("a.eps", figure_of("{(" + secret + ") (w) file closefile} stopped clear\n" +
-                                     to_postscript(random_mesh(1, 20, 20))));
-  shell("gs -q -dNOSAFER -dBATCH -dNOPAUSE -sDEVICE=nullpage a.eps", directory);
-  ASSERT_TRUE(exists("secret"));
-  fs::remove(secret);
-  EXPECT_EQ(run("-f a.eps", "export GS_OPTIONS=-dNOSAFER; ").status, 0);
-  EXPECT_EQ(run("-f --detour --keep a.eps", "export GS_OPTIONS=-dNOSAFER; ").status, 0);
-  EXPECT_EQ(results()["a.eps"], "written");
-  EXPECT_FALSE(exists("secret"));
-}
-
 TEST_F(batch_faults, of_programs_never_reach_a_result) {
   directory.write("a.eps", plain_figure(1));
   directory.write("a_r.eps", "old");
   const auto result_with = [this](const std::string& options) {
-    EXPECT_EQ(run_with_fakes("-f --time-limit 2 a.eps " + options).status, 1);
+    EXPECT_EQ(run("-f --time-limit 2 a.eps " + options, "PATH=$PWD/bin:$PATH ").status, 1);
     EXPECT_EQ(directory.read("a_r.eps"), "old");
     return results()["a.eps"];
   };
-  // A full disk cuts what pdftops writes, and its status is 0 all the same.
-  for (const auto* part : {"-c 0", "-c 3000", "-n -3"}) {
-    fake("pdftops", "for last; do :; done\n$real \"$@\"\nhead " + std::string(part) +
-                        " \"$last\" >cut; mv cut \"$last\"; exit 0");
-    EXPECT_EQ(result_with("--detour --no-verify"),
-              "FAILED: pdftops: what it wrote is not whole; no other way was better");
-  }
+  // An empty file, of which all was said to be well.
   fake("gs", "for a; do case $a in -sOutputFile=*) : >${a#*=};; esac; done");
-  EXPECT_TRUE(result_with("").starts_with("WITHHELD: it draws no picture"));
   EXPECT_TRUE(result_with("--detour").starts_with("WITHHELD: it draws no picture"));
   fake("gs", "exec >&- 2>&-; exec sleep 60");
   EXPECT_EQ(result_with(""), "FAILED: gs: takes too long (--time-limit)");
-  fake("gs", "exec yes");
-  EXPECT_EQ(result_with(""), "WITHHELD: it draws more than one page");
-  fake("gs", "kill -9 $$");
-  EXPECT_EQ(result_with(""), "FAILED: gs: killed by signal 9");
 
   // A limit of the system holds for the repair, too.
   const outcome limited = run("--keep -f --no-verify a.eps", "ulimit -f 2; ");

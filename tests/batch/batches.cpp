@@ -1,19 +1,8 @@
 #include "batches.h"
 
 #include <filesystem>
-#include <sstream>
 
 namespace trellion::testing {
-namespace {
-
-std::vector<std::string> fields_of(const std::string& line) {
-  std::vector<std::string> fields;
-  std::istringstream stream(line + '\t');
-  for (std::string field; std::getline(stream, field, '\t');) fields.push_back(field);
-  return fields;
-}
-
-}  // namespace
 
 std::string figure_of(const std::string& page) {
   return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 20 20\n%%EndComments\n"
@@ -34,13 +23,12 @@ batches::~batches() {
 outcome batches::run(const std::string& arguments, const std::string& before) {
   outcome result = shell(before + "trellion-batch --report t.tsv " + arguments, directory);
   report_.clear();
-  std::istringstream lines(directory.read("t.tsv"));
-  std::string line;
-  std::getline(lines, line);
-  const std::vector<std::string> headings = fields_of(line);
-  while (std::getline(lines, line)) {
-    const std::vector<std::string> fields = fields_of(line);
-    EXPECT_EQ(fields.size(), headings.size()) << line;
+  const std::vector<std::string> lines = split(directory.read("t.tsv"), '\n');
+  if (lines.empty()) return result;
+  const std::vector<std::string> headings = split(lines[0], '\t');
+  for (std::size_t n = 1; n < lines.size(); ++n) {
+    const std::vector<std::string> fields = split(lines[n] + '\t', '\t');
+    EXPECT_EQ(fields.size(), headings.size()) << lines[n];
     for (std::size_t i = 0; i < std::min(fields.size(), headings.size()); ++i) {
       report_[fields.front()][headings[i]] = fields[i];
     }

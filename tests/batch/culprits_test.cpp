@@ -50,7 +50,7 @@ TEST(culprits, are_found_among_many_in_a_few_tests) {
   }
 }
 
-TEST(culprits, that_are_too_many_are_left_at_large) {
+TEST(culprits, that_are_too_many_or_only_act_together_are_left_at_large_or_taken_together) {
   std::set<std::int64_t> all;
   for (std::int64_t group = 1; group <= 1000; ++group) all.insert(group);
   for (const int most : {0, 1, 7, 48}) {
@@ -58,9 +58,6 @@ TEST(culprits, that_are_too_many_are_left_at_large) {
     EXPECT_TRUE(find_culprits(1000, std::ref(figure), most).empty());
     EXPECT_LE(figure.n_tests, most);
   }
-}
-
-TEST(culprits, that_only_act_together_are_taken_together) {
   const auto third_and_sixth = [](const group_range& joined) {
     return joined.first <= 3 && joined.last >= 6;
   };

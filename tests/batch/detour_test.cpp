@@ -69,10 +69,11 @@ TEST(detour, is_refused_with_another_page_or_none) {
 }
 
 TEST(detour, tells_what_pdftops_made_of_a_page) {
+  const std::string bitmap = "gsave\n[9 0 0 9 0 0] concat\n";
   EXPECT_TRUE(batch::is_whole(page + content + end));
   EXPECT_FALSE(batch::is_whole(page + content + "%%EOF\nshowpage\n"));
-  EXPECT_TRUE(batch::is_one_bitmap(prolog + page + "gsave\n[9 0 0 9 0 0] concat\n"));
-  EXPECT_FALSE(batch::is_one_bitmap(prolog + page + content + "gsave\n[9 0 0 9 0 0] concat\n"));
+  EXPECT_TRUE(batch::is_one_bitmap(prolog + page + bitmap));
+  EXPECT_FALSE(batch::is_one_bitmap(prolog + page + content + bitmap));
   EXPECT_TRUE(batch::has_calibrated_colours_only(prolog + page + "/CIEBasedABC\n"));
   EXPECT_FALSE(batch::has_calibrated_colours_only("/CIEBasedABC\n" + prolog + page));
   EXPECT_FALSE(batch::has_calibrated_colours_only(prolog + page + "/CIEBasedABC /DeviceCMYK\n"));

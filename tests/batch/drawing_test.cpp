@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "batch/figure.h"
+#include "letters.h"
 #include "tools.h"
 
 namespace trellion::testing {
@@ -14,14 +15,15 @@ TEST(resolutions, suit_pages_of_all_sizes) {
   const auto pixels = [](const page_frame& frame, double dpi) {
     return static_cast<double>(frame.width * frame.height) * dpi * dpi / (72 * 72);
   };
-  for (const std::int64_t width : {1, 20, 200, 600, 2000, 10'000}) {
-    for (const std::int64_t height : {1, 20, 600, 10'000}) {
-      const page_frame frame{0, 0, width, height};
-      const resolutions dpi = resolutions_for(frame);
-      EXPECT_LE(pixels(frame, dpi.coarse), 4.001e6);
-      EXPECT_LE(pixels(frame, dpi.fine), 4.001e7);
-      EXPECT_LT(dpi.coarse, dpi.fine);
-    }
+  for (const page_frame& frame : {page_frame{0, 0, 1, 1},
+                                  {0, 0, 20, 600},
+                                  {0, 0, 600, 10'000},
+                                  {0, 0, 10'000, 1},
+                                  {0, 0, 10'000, 10'000}}) {
+    const resolutions dpi = resolutions_for(frame);
+    EXPECT_LE(pixels(frame, dpi.coarse), 4.001e6);
+    EXPECT_LE(pixels(frame, dpi.fine), 4.001e7);
+    EXPECT_LT(dpi.coarse, dpi.fine);
   }
   // Print shows lines of a fifth of a point on a sheet of paper.
   EXPECT_GT(resolutions_for({0, 0, 595, 842}).fine, 5 * 72);
@@ -49,21 +51,14 @@ class drawings : public ::testing::Test {
 
 TEST_F(drawings, show_the_frame_wherever_it_is) {
   const page_frame frame{-7, 90, 5, 3};
-  const std::string square = "1 0 0 setrgbcolor -6 91 2 1 rectfill ";
+  const std::string square = "0 setgray -6 91 2 1 rectfill ";
   ASSERT_EQ(drawn("%!PS\n" + square + "showpage\n", frame), "drawn");
-  ASSERT_EQ(picture.width, 5);
-  ASSERT_EQ(picture.height, 3);
-  for (std::size_t y = 0; y < 3; ++y) {
-    for (std::size_t x = 0; x < 5; ++x) {
-      const bool is_red = y == 1 && (x == 1 || x == 2);
-      EXPECT_EQ(picture.row(y)[3 * x], 255);
-      EXPECT_EQ(picture.row(y)[3 * x + 1], is_red ? 0 : 255) << x << ' ' << y;
-    }
-  }
+  const pixmap expected = drawing({".....", ".kk..", "....."});
+  EXPECT_EQ(picture.width, expected.width);
+  EXPECT_EQ(picture.rgb, expected.rgb);
   // A figure need not say showpage.
-  const std::vector<std::uint8_t> shown = picture.rgb;
   ASSERT_EQ(drawn("%!PS\n" + square, frame), "drawn");
-  EXPECT_EQ(picture.rgb, shown);
+  EXPECT_EQ(picture.rgb, expected.rgb);
 
   const std::filesystem::path pdf = directory.path() / "a.pdf";
   with.programs.to_pdf(directory.path() / "a.eps", frame, pdf);
@@ -80,7 +75,6 @@ TEST_F(drawings, tell_why_there_are_none) {
   const page_frame frame{0, 0, 50, 50};
   EXPECT_EQ(drawn("%!PS\n0 0 moveto (a) nonsense\n", frame), "gs: Error: /undefined in nonsense");
   EXPECT_EQ(drawn("%!PS\nshowpage showpage\n", frame), "it draws more than one page");
-  EXPECT_EQ(drawn("%!PS\n{showpage} loop\n", frame), "it draws more than one page");
   with.tools.gs = write_script(directory, "tool", "echo 'tool: broken' >&2; exit 1");
   EXPECT_EQ(drawn("%!PS\nshowpage\n", frame), "tool: broken");
   with.tools.gs = write_script(directory, "tool", "exec yes");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -74,12 +75,10 @@ TEST(eps_page, finds_postscript_by_its_first_bytes) {
   broken[7] = broken[11] = '\xFF';
   EXPECT_EQ(batch::postscript(broken), "");
 
-  EXPECT_EQ(batch::kind_of("%!"), file_kind::eps);
-  EXPECT_EQ(batch::kind_of("\x04%!PS"), file_kind::eps);
-  EXPECT_EQ(batch::kind_of("%PDF-1.4"), file_kind::pdf);
-  EXPECT_EQ(batch::kind_of("\x1F\x8B\b"), file_kind::gzip);
-  EXPECT_EQ(batch::kind_of(""), file_kind::empty);
-  EXPECT_EQ(batch::kind_of("x %!"), file_kind::other);
+  const std::map<std::string, file_kind> kinds = {
+      {"%!", file_kind::eps},          {"\x04%!PS", file_kind::eps}, {"%PDF-1.4", file_kind::pdf},
+      {"\x1F\x8B\b", file_kind::gzip}, {"", file_kind::empty},       {"x %!", file_kind::other}};
+  for (const auto& [text, kind] : kinds) EXPECT_EQ(batch::kind_of(text), kind) << text;
   EXPECT_EQ(batch::postscript("x"), "x");
 }
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "letters.h"
-#include "support.h"
+#include "tools.h"
 
 namespace trellion::testing {
 namespace {
@@ -22,10 +22,10 @@ rows with(rows picture, std::size_t x, std::size_t y, char letter) {
 class judging : public ::testing::Test {
  protected:
   judging() {
-    directory.write("gs",
-                    "#!/bin/sh\nkind=coarse\nfor last; do case $last in -dGraphicsAlphaBits=4) "
-                    "kind=smooth;; -r2400) kind=fine;; esac; done\nexec cat \"$last.$kind\"\n");
-    std::filesystem::permissions(directory.path() / "gs", std::filesystem::perms::owner_all);
+    const std::string script =
+        "kind=coarse\nfor last; do case $last in -dGraphicsAlphaBits=4) kind=smooth;; "
+        "-r2400) kind=fine;; esac; done\nexec cat \"$last.$kind\"";
+    with_.tools = {write_script(directory, "gs", script), std::nullopt, std::nullopt};
     look("input", plain, plain, plain);
   }
   /// Sets what a file looks like.
@@ -59,17 +59,13 @@ class judging : public ::testing::Test {
 
   [[nodiscard]] appearance appearance_of(const std::string& name) const {
     const page_frame frame{0, 0, 20, 20};  // drawn fine at 2400 dpi
-    return {programs_, directory.path() / name, frame, resolutions_for(frame)};
+    return {with_.programs, directory.path() / name, frame, resolutions_for(frame)};
   }
 
   scratch_directory directory;
 
  private:
-  const interruption interrupted_;
-  const child_limits limits_{std::chrono::minutes(1), UINT64_MAX, UINT64_MAX};
-  const process_runner runner_{interrupted_, limits_};
-  const programs tools_{directory.path() / "gs", std::nullopt, std::nullopt};
-  const drawing_programs programs_{tools_, runner_, limits_, directory.path()};
+  drawing_tools with_{directory.path()};
 };
 
 TEST_F(judging, lets_rims_move_but_nothing_vanish) {

@@ -28,14 +28,13 @@ void tell_two(bool quiet) {
 }
 
 TEST(progress, is_told_line_by_line) {
-  ::testing::internal::CaptureStderr();
-  tell_two(false);
   const std::string name = "folder/?[2J?" + std::string(100, 'a') + ".eps";
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-            "[1/2] " + name + ": FAILED: gs:?why\n[2/2] " + name + ": written\n");
-  ::testing::internal::CaptureStderr();
-  tell_two(true);
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+  for (const bool quiet : {false, true}) {
+    ::testing::internal::CaptureStderr();
+    tell_two(quiet);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              quiet ? "" : "[1/2] " + name + ": FAILED: gs:?why\n[2/2] " + name + ": written\n");
+  }
 }
 
 TEST(progress, overwrites_one_line_of_a_terminal) {

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <sstream>
+#include <map>
 
 #include "batch/text.h"
 #include "support.h"
@@ -12,20 +11,6 @@ namespace trellion::testing {
 namespace {
 
 using namespace batch;
-
-std::vector<std::string> fields(const std::string& line) {
-  std::vector<std::string> result;
-  std::istringstream stream(line);
-  for (std::string field; std::getline(stream, field, '\t');) result.push_back(field);
-  return result;
-}
-
-std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> result;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) result.push_back(line);
-  return result;
-}
 
 file_report written(const std::string& file) {
   file_report report;
@@ -51,7 +36,7 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   failed.bytes_before = 77;
   captured_text out;
   write_table({written("\xc3\xa4.eps"), failed, written("c.eps")}, true, out);
-  const std::vector<std::string> lines = lines_of(out.text());
+  const std::vector<std::string> lines = split(out.text(), '\n');
   ASSERT_EQ(lines.size(), 5U);
   // A letter of two bytes takes one column.
   EXPECT_EQ(lines[1].find("-s2"), lines[3].find("-s2") + 1);
@@ -66,14 +51,11 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   for (const auto* total : {" 20 ", " 4 ", " 2000 ", " 600 "}) {
     EXPECT_NE(lines[4].find(total), std::string::npos) << total;
   }
+  EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
+  EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??") << "a character that is cut";
   captured_text plain;
   write_table({written("c.eps")}, false, plain);
   EXPECT_EQ(plain.text().find("500"), std::string::npos);
-}
-
-TEST(table, shows_no_character_that_is_cut) {
-  EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
-  EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??");
 }
 
 TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
@@ -83,22 +65,21 @@ TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
   captured_text out;
   write_tsv({odd}, out);
   EXPECT_TRUE(out.text().starts_with(report_begin));
-  const std::vector<std::string> lines = lines_of(out.text());
-  ASSERT_EQ(lines.size(), 2U);
-  const std::vector<std::string> headings = fields(lines[0]);
-  const std::vector<std::string> values = fields(lines[1] + "\t");
+  const std::vector<std::string> lines = split(out.text(), '\n');
+  const std::vector<std::string> headings = split(lines[0], '\t');
+  const std::vector<std::string> values = split(lines[1] + '\t', '\t');
   ASSERT_EQ(headings.size(), values.size());
-  const auto value = [&](const std::string& heading) {
-    return values[static_cast<std::size_t>(std::ranges::find(headings, heading) -
-                                           headings.begin())];
-  };
-  EXPECT_EQ(value("file"), "a\\tb\\nc\\\\d\\x1b.eps");
-  EXPECT_EQ(value("result"), "written");
-  EXPECT_EQ(value("polygons_after"), "2");
-  EXPECT_EQ(value("reason"), "\\x7f \xc3\xa4 \\xe4 \\xc2\\x9b");
-  EXPECT_EQ(value("hairlines_gs_before"), "500");
-  EXPECT_EQ(value("hairlines_cairo_before"), "40");
-  EXPECT_EQ(value("hairlines_cairo_after"), "");
+  std::map<std::string, std::string> row;
+  for (std::size_t i = 0; i < values.size(); ++i) row[headings[i]] = values[i];
+  const std::map<std::string, std::string> expected = {
+      {"file", "a\\tb\\nc\\\\d\\x1b.eps"},
+      {"result", "written"},
+      {"polygons_after", "2"},
+      {"reason", "\\x7f \xc3\xa4 \\xe4 \\xc2\\x9b"},
+      {"hairlines_gs_before", "500"},
+      {"hairlines_cairo_before", "40"},
+      {"hairlines_cairo_after", ""}};
+  for (const auto& [heading, field] : expected) EXPECT_EQ(row[heading], field) << heading;
 }
 
 TEST(verdicts, have_an_order_and_a_status) {

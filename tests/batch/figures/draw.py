@@ -3,7 +3,6 @@
 
 They are small, so that they are soon drawn: 20 points, or 400 of their units, wide.
 """
-import math
 from pathlib import Path
 
 WORDS = "/m{moveto}def /l{lineto}def /h{closepath}def /f{fill}def /S{stroke}def /c{setrgbcolor}def\n"
@@ -52,15 +51,6 @@ def ticks():
     for x in range(20, 390, 40):
         body += polygon([(x, 20), (x, 12)], "F") + polygon([(x, 20), (x + 40, 20)], "F")
         body += polygon([(20, x * .7), (28, x * .7)], "F")
-    return figure(body)
-
-
-def grid():
-    """Discs, and a grid of nothing but lines."""
-    body = "/o{8 0 360 arc fill}def 2 setlinewidth\n"
-    for x in range(20, 400, 40):
-        body += f"{x} {140 + 90 * math.sin(x):.4g} o\n"
-        body += polygon([(x, 20), (x, 260)], "S") + polygon([(20, x * .7), (380, x * .7)], "S")
     return figure(body)
 
 
@@ -114,12 +104,6 @@ def colours():
     return figure(body)
 
 
-def counted():
-    """The word that fills gives every polygon another colour."""
-    body = "/k 0 def /f{k 7 mod 7 div 1 1 index sub 0.5 c closepath fill /k k 1 add def}def\n"
-    return figure(body + mesh(8, 6, end="f"))
-
-
 def relative():
     """The numbers of a corner are relative to the one before. Taken as they stand the triangles of
     many cells lie on both sides of a common edge, and what comes of that is small."""
@@ -143,5 +127,5 @@ def culprit():
     return figure(BLUE + mesh(6, 3) + f"/f{{0 setlinewidth stroke}}def {boxes}/f{{fill}}def\n{ORANGE}" + mesh(5, 4, x=160.0, y=160.0, height=24.0))
 
 
-for draw in arrows, ticks, grid, fold, outlines, strokes, levels, colours, counted, relative, culprit:
+for draw in arrows, ticks, fold, outlines, strokes, levels, colours, relative, culprit:
     Path(__file__).with_name(draw.__name__ + ".eps").write_text(draw(), encoding="ascii")
