@@ -83,9 +83,9 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
                               antialiasing smooth) const {
   const std::string bits = smooth == antialiasing::on ? "4" : "1";
   std::vector<std::string> command = ghostscript(frame);
-  command.insert(command.end(),
-                 {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
-                  "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000", "-sOutputFile=-", eps});
+  command.insert(command.end(), {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
+                                 "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000",
+                                 "-sOutputFile=-", named(eps)});
   try {
     return read_ppm(output_of(command), max_pixels);
   } catch (const second_page&) {
@@ -98,7 +98,7 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
 pixmap drawing_programs::draw_pdf(const fs::path& pdf, double dpi, antialiasing smooth) const {
   return read_png(
       output_of({*tools_.pdftocairo, "-png", "-singlefile", "-r", option("", dpi), "-antialias",
-                 smooth == antialiasing::on ? "default" : "none", pdf, "-"}),
+                 smooth == antialiasing::on ? "default" : "none", named(pdf), "-"}),
       max_pixels);
 }
 
@@ -109,20 +109,21 @@ void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, cons
                                  "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
                                  "-dDownsampleMonoImages=false", "-dAutoFilterColorImages=false",
                                  "-dAutoFilterGrayImages=false", "-dColorImageFilter=/FlateEncode",
-                                 "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + pdf.string()});
+                                 "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + named(pdf)});
   command.insert(command.end(), more_options.begin(), more_options.end());
-  command.push_back(eps);
+  command.push_back(named(eps));
   run(command, file_limit_of(eps), ignore_output);
 }
 
 void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
   // Level 2 cannot hold every image mask.
-  run({*tools_.pdftops, "-eps", "-level3", pdf, eps}, file_limit_of(pdf), ignore_output);
+  run({*tools_.pdftops, "-eps", "-level3", named(pdf), named(eps)}, file_limit_of(pdf),
+      ignore_output);
 }
 
 std::string drawing_programs::box_comments_of(const fs::path& eps) const {
   return run_to_end({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
-                     "-sstdout=/dev/null", eps},
+                     "-sstdout=/dev/null", named(eps)},
                     drawing_file_size, ignore_output)
       .messages;
 }

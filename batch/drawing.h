@@ -35,7 +35,7 @@ page_frame frame_around(const page_part& part, const page_frame& page, const res
 /// says why it failed, and run_error.
 class drawing_programs {
  public:
-  /// The first two must outlive it. `directory` is where the programs work.
+  /// The first two must outlive it. `directory` is where the programs work; all files are in it.
   drawing_programs(const programs& tools, const process_runner& runner, const child_limits& limits,
                    std::filesystem::path directory)
       : tools_(tools), runner_(runner), limits_(limits), directory_(std::move(directory)) {}
@@ -59,6 +59,11 @@ class drawing_programs {
   [[nodiscard]] std::string box_comments_of(const std::filesystem::path& eps) const;
 
  private:
+  /// How a file in the directory, where the programs run, is named to them: folders with a "%" or
+  /// other odd bytes in their names mean something else to Ghostscript.
+  [[nodiscard]] std::string named(const std::filesystem::path& file) const {
+    return file.lexically_relative(directory_).string();
+  }
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
   [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
   [[nodiscard]] child_result run_to_end(const std::vector<std::string>& command,

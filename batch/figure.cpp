@@ -1,6 +1,7 @@
 #include "batch/figure.h"
 
 #include <string_view>
+#include <system_error>
 
 #include "batch/detour.h"
 #include "batch/prolog.h"
@@ -51,9 +52,20 @@ figure look_at(const fs::path& file) {
   const fs::file_status status = fs::status(file);
   if (!fs::exists(status)) throw run_error("there is no such file");
   if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
+  const fs::file_time_type written = fs::last_write_time(file);
   const std::string text = read_whole(file);
-  return {fs::absolute(file), text.size(), static_cast<mode_t>(status.permissions()), kind_of(text),
+  return {fs::absolute(file),
+          text.size(),
+          static_cast<mode_t>(status.permissions()),
+          written,
+          kind_of(text),
           read_page(postscript(text))};
+}
+
+bool is_unchanged(const figure& looked_at) {
+  std::error_code error;
+  const bool same_size = fs::file_size(looked_at.file, error) == looked_at.n_bytes;
+  return same_size && fs::last_write_time(looked_at.file, error) == looked_at.written && !error;
 }
 
 void write_framed(const fs::path& source, const page_frame& frame, const fs::path& framed) {

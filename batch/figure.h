@@ -17,12 +17,16 @@ struct figure {
   std::filesystem::path file;
   std::uint64_t n_bytes = 0;
   mode_t mode = 0;
+  std::filesystem::file_time_type written;
   file_kind kind{};
   eps_page page;
 };
 
 /// Looks at a file. Throws run_error when it is no regular file that can be read.
 figure look_at(const std::filesystem::path& file);
+
+/// Whether the file is still the one that was looked at.
+bool is_unchanged(const figure& looked_at);
 
 /// Writes the PostScript of a file, after the head that makes its page the frame, to another.
 /// Throws run_error.

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdio>
 #include <set>
 #include <string>
 #include <system_error>
+
+#include "batch/text.h"
 
 namespace trellion::batch {
 namespace {
@@ -62,8 +63,7 @@ bool add_folder(const fs::path& folder, std::vector<fs::path>& files) {
     }
     if (!error) continue;
     complete = false;
-    std::fprintf(stderr, "trellion-batch: cannot look into '%s': %s\n", looked_into.c_str(),
-                 error.message().c_str());
+    complain("cannot look into '" + looked_into.string() + "': " + error.message());
   }
   std::sort(files.begin() + first, files.end());
   return complete;

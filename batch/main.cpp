@@ -33,10 +33,6 @@ using namespace trellion;
 using namespace trellion::batch;
 namespace fs = std::filesystem;
 
-void complain(const std::string& what) {
-  std::fprintf(stderr, "trellion-batch: %s\n", printable(what).c_str());
-}
-
 /// The order to work in: large files first, so that at the end no core waits for one.
 std::vector<std::size_t> largest_first(const std::vector<fs::path>& files) {
   std::vector<std::uintmax_t> sizes;

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "batch/programs.h"
+#include "batch/text.h"
 
 namespace trellion::batch {
 namespace {
@@ -22,10 +23,8 @@ constexpr const char* epilogue =
     "Exit status: 0 all good, 1 something failed or was withheld or there was nothing to work on,\n"
     "2 a mistake on the command line or a program is missing.";
 
-void remark(const std::string& what) { std::fprintf(stderr, "trellion-batch: %s\n", what.c_str()); }
-
 [[noreturn]] void refuse(const std::string& why) {
-  remark(why);
+  complain(why);
   throw early_exit{2};
 }
 
@@ -108,9 +107,9 @@ batch_options parse_options(int argc, const char* const* argv) {
   check_report_name(options.report);
   find_programs(options);
   if (!no_verify && options.tools.gs) options.verify = true;
-  if (!no_verify && !options.verify) remark("without gs (Ghostscript) pictures are not compared");
+  if (!no_verify && !options.verify) complain("without gs (Ghostscript) pictures are not compared");
   if (options.auto_way && !(options.tools.gs && options.tools.pdftops)) {
-    remark("without gs and pdftops --auto takes no detour");
+    complain("without gs and pdftops --auto takes no detour");
   }
   if (options.verify && !options.tools.gs) refuse("--verify needs gs (Ghostscript) in PATH");
   return options;

@@ -32,14 +32,4 @@ std::optional<std::string> find_program(const std::string& name) {
   return std::nullopt;
 }
 
-std::optional<std::string> find_program_beside(const std::string& name, const std::string& other) {
-  const bool has_directory = other.find('/') != std::string::npos;
-  const std::optional<std::string> called = has_directory ? other : find_program(other);
-  std::error_code unknown;
-  const fs::path real = fs::canonical(called.value_or(""), unknown);
-  const fs::path beside = real.parent_path() / name;
-  if (!unknown && is_executable(beside)) return beside.string();
-  return find_program(name);
-}
-
 }  // namespace trellion::batch

@@ -11,7 +11,4 @@ inline constexpr const char* own_executable = "/proc/self/exe";
 /// The absolute path of a program in PATH.
 std::optional<std::string> find_program(const std::string& name);
 
-/// The path of a program beside another one, given as it was called, or else in PATH.
-std::optional<std::string> find_program_beside(const std::string& name, const std::string& other);
-
 }  // namespace trellion::batch

@@ -205,6 +205,9 @@ std::optional<repair_job::finding> repair_job::best_without_culprits() {
         throw dead_end{verdict::withheld, "the picture changed, and no few groups are to blame"};
       }
       found = {*spared, report_of(*spared)};
+      if (spared->summary.mergers == 0) {
+        throw dead_end{verdict::withheld, "the picture changed wherever polygons were joined"};
+      }
       check_gain(*spared);
       compare(*spared, found.report);
     });
@@ -266,6 +269,9 @@ void repair_job::compare(const candidate& made, file_report& report) {
 }
 
 verdict repair_job::put_in_place(const candidate& best) const {
+  if (!is_unchanged(workshop_.input())) {
+    throw dead_end{verdict::failed, "the figure was changed while it was repaired"};
+  }
   const bool placed = place(best.file, result_path(workshop_.input().file), workshop_.input().mode,
                             options_.replace ? existing_file::replace : existing_file::keep);
   return placed ? verdict::written : verdict::exists;

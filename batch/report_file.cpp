@@ -33,6 +33,8 @@ std::unique_ptr<output_file> open_report(const fs::path& name,
     }
   }
   std::error_code ignored;
+  // Opening it would wait for somebody who reads.
+  if (fs::is_fifo(name, ignored) && !name.string().starts_with("/dev/")) refuse("it is a pipe");
   const bool holds_something =
       fs::is_regular_file(name, ignored) && fs::file_size(name, ignored) > 0;
   if (holds_something && !is_report(name)) refuse("it holds something else");

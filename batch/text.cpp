@@ -1,6 +1,7 @@
 #include "batch/text.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace trellion::batch {
 namespace {
@@ -57,6 +58,10 @@ std::string escaped(std::string_view text) {
     const auto byte = static_cast<unsigned char>(c);
     return {'\\', 'x', digits[byte / 16], digits[byte % 16]};
   });
+}
+
+void complain(std::string_view what) {
+  std::fprintf(stderr, "trellion-batch: %s\n", printable(what).c_str());
 }
 
 std::size_t width_of(std::string_view text) {

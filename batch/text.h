@@ -13,6 +13,9 @@ std::string printable(std::string_view text);
 /// and two digits.
 std::string escaped(std::string_view text);
 
+/// Tells the user on standard error what is the matter, as far as it can be shown.
+void complain(std::string_view what);
+
 /// How many columns a text in UTF-8 takes, wide and combining characters aside.
 std::size_t width_of(std::string_view text);
 

@@ -140,7 +140,9 @@ const fs::path& workshop::detour() {
 const page_frame& workshop::frame() {
   if (frame_) return *frame_;
   if (!input_.page.box) {
-    const eps_page drawn = read_page(programs_.box_comments_of(input_.file));
+    const fs::path copy = directory_ / "unframed.eps";
+    fs::copy_file(input_.file, copy);
+    const eps_page drawn = read_page(programs_.box_comments_of(copy));
     if (!drawn.box) throw dead_end{verdict::withheld, "it has no BoundingBox, and draws nothing"};
     input_.page.box = drawn.box;
     input_.page.box_lines = drawn.box_lines;

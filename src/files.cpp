@@ -30,16 +30,6 @@ int open_file(const std::string& name, int flags, std::string_view what, mode_t 
   return descriptor;
 }
 
-/// Opens the repaired file without emptying it. One that an earlier run has left as read-only as
-/// its input has to be made writable first; whoever opens it narrows its permissions again.
-int open_repaired(const std::string& name, mode_t mode) {
-  const bool input_is_read_only = (mode & S_IWUSR) == 0;
-  if (input_is_read_only && ::access(name.c_str(), W_OK) != 0 && errno == EACCES) {
-    static_cast<void>(::chmod(name.c_str(), mode | S_IWUSR));
-  }
-  return open_file(name, O_WRONLY | O_CREAT, "create", mode);
-}
-
 struct stat status_of(const file_descriptor& file, const std::string& name) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) throw system_failure("examine", name, errno);
@@ -85,7 +75,8 @@ output_file::output_file(const std::string& name, mode how)
                       "create")) {}
 
 output_file::output_file(const std::string& name, const input_file& input)
-    : name_(name), file_(open_repaired(name, input.status_.st_mode & permissions)) {
+    : name_(name),
+      file_(open_file(name, O_WRONLY | O_CREAT, "create", input.status_.st_mode & permissions)) {
   // Opened without O_TRUNC: only a file that is known not to be the input may be emptied.
   const struct stat mine = status_of(file_, name_);
   const struct stat& source = input.status_;

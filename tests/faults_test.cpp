@@ -155,14 +155,5 @@ TEST_F(faults, a_result_replaces_another_and_is_permitted_to_no_more_people_than
             "644\n");
 }
 
-TEST_F(faults, a_result_as_read_only_as_its_input_is_replaced) {
-  if (shell(as_anyone() + "true", directory).status != 0) GTEST_SKIP() << "all is permitted here";
-  const std::string twice = "chmod 440 s.eps; " + as_anyone() + "trellion s.eps && " + as_anyone() +
-                            "trellion s.eps && stat -c %a s_r.eps";
-  const outcome result = shell(twice, directory);
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_TRUE(result.out.ends_with("440\n"));
-}
-
 }  // namespace
 }  // namespace trellion::testing
