@@ -106,8 +106,8 @@ def colours():
 
 def relative():
     """The numbers of a corner are relative to the one before. Taken as they stand the triangles of
-    many cells lie on both sides of a common edge, and what comes of that is small."""
-    body = "/l{rlineto}def\n" + BLUE
+    many cells lie on both sides of a common edge, and what comes of that is small. A detour rounds its colour."""
+    body = "/l{rlineto}def\n" + "0.281 0.567 0.123 c\n"
     y = 20
     for j in range(7):
         x, height = 20, 18 + j
