@@ -60,7 +60,7 @@ class group_repair {
     summary_.group_bytes += static_cast<std::int64_t>(group.begin.n_bytes() - group.end.n_bytes());
     ps_path_queue queue = tokens_to_ps_path_queue(group, store_, console_);
     if (settings_.careful) {
-      repaired_.put(' ');
+      repaired_.put(' ');  // always: a group must not run into the text before it
       pass_on_those_without_area(group, queue);
     }
     const std::int64_t n_paths = queue.n_paths();

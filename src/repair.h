@@ -13,9 +13,10 @@ struct repair_summary {
   std::int64_t groups = 0;
   std::int64_t group_bytes = 0;    ///< of the text that the groups take up
   std::int64_t polygons_read = 0;  ///< those of all groups
-  std::int64_t without_area = 0;  ///< of those, the ones that are left with fewer than three points
-                                  ///< when they are cleaned: there is nothing to join
-  std::int64_t mergers = 0;       ///< each makes one polygon of two
+  /// Of those, the ones that have fewer than three points when they are cleaned. They fall away; a
+  /// careful repair passes them on, and with them those whose area is zero in all.
+  std::int64_t without_area = 0;
+  std::int64_t mergers = 0;        ///< each makes one polygon of two
   std::int64_t polygons_left = 0;  ///< paths written in place of the groups
   /// The areas of a group's polygons before joining, their signs left aside, do not sum up to those
   /// of the outlines after it: polygons on the same side of an edge that they share (a fold) have

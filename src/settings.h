@@ -26,7 +26,9 @@ struct run_settings {
   std::int32_t min_separators = 2;  ///< least number of operators between two polygons
   bool remove_mesh = false;
   bool verbose = false;
-  /// Never set by trellion's own command line: what a program that judges the picture asks for.
+  /// Loses no polygon and no area: polygons that lie on each other are joined in layers (layers.h),
+  /// and those without area are passed on. trellion's own command line never sets it; it is for a
+  /// program that must not change a picture.
   bool careful = false;
   std::vector<group_range> left_alone;  ///< careful: these pass through as they stand
 };
