@@ -32,7 +32,7 @@ std::string option(const char* name, double value) {
 /// A drawing and its head. What writes more draws page after page, or nonsense.
 constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
 
-bool ignore_output(std::string_view) { return true; }
+bool ignore_output(std::string_view /*bytes*/) { return true; }
 
 /// PDF may be packed less well, and PostScript spells images out.
 std::uint64_t file_limit_of(const fs::path& source) {
@@ -42,8 +42,8 @@ std::uint64_t file_limit_of(const fs::path& source) {
 }  // namespace
 
 resolutions resolutions_for(const page_frame& frame) {
-  const double width = static_cast<double>(frame.width);
-  const double height = static_cast<double>(frame.height);
+  const auto width = static_cast<double>(frame.width);
+  const auto height = static_cast<double>(frame.height);
   const double longer = std::max(width, height);
   const double square_inches = width * height / (points_per_inch * points_per_inch);
   // The same for all figures of ordinary size; a small one is looked at more closely.
@@ -155,7 +155,7 @@ child_result drawing_programs::run_to_end(const std::vector<std::string>& comman
                                           std::uint64_t file_size, const output_taker& take) const {
   child_limits limits = limits_;
   limits.file_size = file_size;
-  const child_result result = runner_.run(command, directory_, take, limits);
+  child_result result = runner_.run(command, directory_, take, limits);
   switch (result.how) {
     case child_result::ending::interrupted: throw dead_end{verdict::interrupted, {}};
     case child_result::ending::stopped:

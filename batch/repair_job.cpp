@@ -104,7 +104,7 @@ class repair_job {
   std::optional<candidate> without_culprits(const near_miss& miss);
   void check_gain(const candidate& made) const;
   void compare(const candidate& made, file_report& report);
-  verdict put_in_place(const candidate& best) const;
+  [[nodiscard]] verdict put_in_place(const candidate& best) const;
   [[nodiscard]] bool interrupted() const {
     return gravest_ && gravest_->result == verdict::interrupted;
   }
@@ -196,7 +196,8 @@ std::optional<repair_job::finding> repair_job::best_result() {
 std::optional<repair_job::finding> repair_job::best_without_culprits() {
   std::vector<near_miss> misses = std::exchange(near_misses_, {});
   // What closes the mesh, where that is asked for, is worth more than what is small.
-  std::ranges::stable_partition(misses, [](const near_miss& m) { return m.made.way.remove_mesh; });
+  std::stable_partition(misses.begin(), misses.end(),
+                        [](const near_miss& m) { return m.made.way.remove_mesh; });
   for (const near_miss& miss : misses) {
     finding found{miss.made, report_of(miss.made)};
     const bool mended = reach(found.report, [&] {

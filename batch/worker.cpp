@@ -16,7 +16,7 @@ namespace {
 /// What the console would get is for people; the summary has what we want to know.
 class no_console : public byte_sink {
  public:
-  void write(std::string_view) override {}
+  void write(std::string_view /*bytes*/) override {}
 };
 
 constexpr std::array counts = {
