@@ -17,6 +17,7 @@ TEST(interruptions, end_children_first_and_then_us_by_the_same_signal) {
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     const witness watching(directory.path() / "witness");
     const pid_t process = in_process([&] {
+      std::signal(number, SIG_DFL);  // whoever started the tests may ignore it
       const batch::interruption interrupted;
       const batch::child_limits limits{std::chrono::minutes(2), UINT64_MAX, UINT64_MAX};
       const std::string script = "exec 5>witness; sleep 1000 & echo ready >&5; wait";
@@ -38,6 +39,7 @@ TEST(interruptions, end_children_first_and_then_us_by_the_same_signal) {
 TEST(interruptions, do_not_come_from_signals_that_were_ignored) {
   const pid_t process = in_process([] {
     std::signal(SIGHUP, SIG_IGN);
+    std::signal(SIGTERM, SIG_DFL);
     const batch::interruption interrupted;
     ::kill(::getpid(), SIGHUP);
     ::kill(::getpid(), SIGTERM);
