@@ -322,8 +322,8 @@ ranked edge_index::updated_top(crowd_id id) {
   return nobody;
 }
 
-/// Takes the entries of the path that asks off the heap for the time of the look, when they are in the way:
-/// there can be more than one of the same rank, left from when its share was empty.
+/// Takes the entries of the path that asks off the heap for the time of the look, when they are in
+/// the way: there can be more than one of the same rank, left from when its share was empty.
 ranked edge_index::first_in_crowd(crowd_id id, path_index other_than) {
   lazy_heap& by_rank = crowds_[id].by_rank;
   ranked own = nobody;
