@@ -120,6 +120,12 @@ def relative():
     return figure(body)
 
 
+def forms():
+    """A small mesh that is filled in two words, and a large one in a single word."""
+    one_word = "/F{closepath fill}def\n"
+    return figure(one_word + BLUE + mesh(3, 1) + ORANGE + mesh(8, 4, y=100.0, end="F"))
+
+
 def culprit():
     """Between two meshes that can be repaired the same words stroke two small boxes, whose common
     edge would be lost."""
@@ -127,5 +133,5 @@ def culprit():
     return figure(BLUE + mesh(6, 3) + f"/f{{0 setlinewidth stroke}}def {boxes}/f{{fill}}def\n{ORANGE}" + mesh(5, 4, x=160.0, y=160.0, height=24.0))
 
 
-for draw in arrows, ticks, fold, outlines, strokes, levels, colours, relative, culprit:
+for draw in arrows, ticks, fold, outlines, strokes, levels, colours, relative, forms, culprit:
     Path(__file__).with_name(draw.__name__ + ".eps").write_text(draw(), encoding="ascii")
