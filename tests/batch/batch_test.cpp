@@ -46,6 +46,12 @@ TEST_F(batches, tell_failures_and_go_on) {
   directory.write("beside.eps",
                   figure_of("1000 0 translate\n" + to_postscript(random_mesh(4, 20, 20))));
   directory.write("empty.eps", "");
+  directory.write("page.eps", "%PDF-1.4\n");
+  const std::string preview = std::string("\xc5\xd0\xd3\xc6\x1e\0\0\0", 8);
+  directory.write("dos.eps", preview + "\x09" + std::string(21, '\0') + "%!PS 1 2\n");
+  directory.write("boxless.eps",
+                  "%!PS\n/m{moveto}def /l{lineto}def /h{closepath}def /f{fill}def\n" +
+                      to_postscript(random_mesh(5, 9, 9)) + "showpage\n");
   // Distances whose product wraps to zero make the corner at (2097.152 0) superfluous.
   directory.write("far.eps", figure_of("0 0 m 1048.576 0 l 1048.576 2097.156 l 0 2097.16 l h f\n"
                                        "1048.576 0 m 2097.152 0 l 2097.152 2097.152 l "
@@ -59,9 +65,16 @@ TEST_F(batches, tell_failures_and_go_on) {
       << reason("./broken\\x1b[2J.eps");
   EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page shows nothing"));
   EXPECT_EQ(reason("./empty.eps"), "FAILED: it is empty");
+  EXPECT_EQ(reason("./page.eps"), "FAILED: it is a PDF file (try pdftops -eps)");
+  EXPECT_TRUE(reason("./dos.eps").starts_with("WITHHELD: it has a DOS preview header"));
+  EXPECT_EQ(reason("./boxless.eps"), "written");
   EXPECT_EQ(reason("./far.eps"), "WITHHELD: the outlines cover less than the polygons did");
   EXPECT_EQ(reason("missing.eps"), "FAILED: there is no such file");
   EXPECT_FALSE(exists("beside_r.eps") || exists("broken\x1b[2J_r.eps"));
+
+  const std::string polygons_left = told("./good.eps", "polygons_after");
+  run("-f -m3 --no-verify good.eps");
+  EXPECT_NE(told("good.eps", "polygons_after"), polygons_left);
 
   // A report replaces nothing but a report; the table is printed though it cannot be written.
   directory.write("notes", "mine");
