@@ -21,6 +21,9 @@ TEST(inputs, are_figures_and_no_results_each_once) {
     directory.write(name, "");
   }
   fs::create_directory_symlink("..", "d/loop");
+  fs::create_directory("elsewhere");
+  directory.write("elsewhere/e.eps", "");
+  fs::create_directory_symlink("../elsewhere", "d/link");
   bool complete = true;
   // A file that is named is taken whatever its name, a folder by the names in it.
   EXPECT_EQ(find_inputs({"n.ps", "d", "d/../n.ps", "d/b.eps"}, complete),
