@@ -36,7 +36,13 @@ class children : public ::testing::Test {
       output += bytes;
       return true;
     };
-    return process_runner(interrupted, limits, 77).run(script(text), directory.path(), take);
+    return run_command(script(text), take, limits);
+  }
+  [[nodiscard]] child_result run_command(const std::vector<std::string>& command,
+                                         const batch::output_taker& take,
+                                         const child_limits& limits = generous) const {
+    const interruption interrupted;  // for no longer: `running` must find no thread of its
+    return process_runner(interrupted, limits, 77).run(command, directory.path(), take);
   }
   /// A script that says so when it runs, with a process beside it, until it is killed.
   [[nodiscard]] static std::string endless(const witness& told) {
@@ -54,7 +60,6 @@ class children : public ::testing::Test {
 
   scratch_directory directory;
   const witness watching{directory.path() / "witness"};
-  const interruption interrupted;
   std::string output;
 };
 
@@ -77,8 +82,7 @@ TEST_F(children, pass_on_what_they_say_and_how_they_end) {
       4);
   EXPECT_EQ(::kill(std::stoi(output), SIGKILL), 0);
 
-  result = process_runner(interrupted, generous)
-               .run({directory.path() / "absent"}, directory.path(), {});
+  result = run_command({directory.path() / "absent"}, {});
   EXPECT_EQ(result.reason(), "cannot be run: No such file or directory");
 
   const std::vector<std::array<std::string, 2>> reasons = {
@@ -112,8 +116,7 @@ TEST_F(children, have_limits) {
   // Or until there is enough.
   std::size_t taken = 0;
   const auto take = [&taken](std::string_view bytes) { return (taken += bytes.size()) < 100'000; };
-  EXPECT_EQ(process_runner(interrupted, generous).run(script("yes"), directory.path(), take).how,
-            ending::stopped);
+  EXPECT_EQ(run_command(script("yes"), take).how, ending::stopped);
 }
 
 TEST_F(children, have_nothing_of_ours_that_they_do_not_need) {

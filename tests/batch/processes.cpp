@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -42,6 +43,7 @@ bool witness::all_gone() const {
 pid_t in_process(const std::function<int()>& work) {
   const pid_t process = ::fork();
   if (process != 0) return process;
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that takes too long is not to leave it behind
   sigset_t none{};
   ::sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -29,7 +29,8 @@ class witness {
 };
 
 /// Does something in a process of its own, which blocks no signals, dumps no core, and ends with
-/// the status that comes of it.
+/// the status that comes of it, or with us. To be called while there is no other thread: what such
+/// a one has locked, as the sanitizers' allocator, would stay locked in the new process.
 pid_t in_process(const std::function<int()>& work);
 
 /// Waits for a change of a process as waitpid does, and returns its status.
