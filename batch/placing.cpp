@@ -60,6 +60,13 @@ bool take_free_name(const fs::path& file, const fs::path& name) {
   return true;
 }
 
+/// A result takes the place of an earlier one, never that of a device or a folder.
+bool is_something_else(const fs::path& destination) {
+  std::error_code ignored;
+  const fs::file_status status = fs::symlink_status(destination, ignored);
+  return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_symlink(status);
+}
+
 }  // namespace
 
 bool place(const fs::path& file, const fs::path& destination, mode_t input_mode,
@@ -67,6 +74,8 @@ bool place(const fs::path& file, const fs::path& destination, mode_t input_mode,
   complete(file, input_mode & permissions);
   if (treatment == existing_file::keep) {
     if (!take_free_name(file, destination)) return false;
+  } else if (is_something_else(destination)) {
+    throw run_error("'" + destination.string() + "' is no regular file, and stays");
   } else if (std::rename(file.c_str(), destination.c_str()) != 0) {
     throw system_failure("create", destination, errno);
   }

@@ -38,6 +38,12 @@ if(TARGET trellion-batch)
   install(FILES completions/trellion.bash RENAME trellion-batch
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endif()
+if(TARGET trellion-pdf)
+  install(TARGETS trellion-pdf)
+  compressed(doc/man/trellion-pdf.1 trellion-pdf.1 ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES completions/trellion.bash RENAME trellion-pdf
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME trellion)
@@ -51,11 +57,12 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ghostscript, poppler-utils")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "joins the tiny polygons of EPS figures")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "joins the tiny polygons of EPS and PDF figures")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Plotting programs write surfaces and contour plots as hundreds of thousands
 of tiny polygons, laid edge to edge. trellion joins those that share an edge,
 so that the files become small and quick to draw, and closes the hairlines
 between them. trellion-batch does so for many files, and compares the
-pictures before it keeps a result.")
+pictures before it keeps a result. trellion-pdf does so in PDF files, and
+leaves everything else in them as it is.")
 include(CPack)

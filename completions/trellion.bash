@@ -1,4 +1,4 @@
-# bash completion of trellion and trellion-batch
+# bash completion of trellion, trellion-batch and trellion-pdf
 
 _trellion() {
   local word=${COMP_WORDS[COMP_CWORD]}
@@ -28,9 +28,26 @@ _trellion_batch() {
       -h --help --version' -- "$word")
   else
     compopt -o filenames
-    mapfile -t COMPREPLY < <(compgen -f -X '!*.[eE][pP][sS]*' -- "$word"; compgen -d -- "$word")
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.[eE][pP][sS]*' -- "$word"
+      compgen -f -X '!*.[pP][dD][fF]' -- "$word"; compgen -d -- "$word")
+  fi
+}
+
+_trellion_pdf() {
+  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  case $previous in
+    --precision) return ;;
+  esac
+  if [[ $word == -* && $previous != -o ]]; then
+    mapfile -t COMPREPLY < <(compgen -W '-o --close --no-reorder --precision --strict -f --force
+      -h --help --version' -- "$word")
+  else
+    compopt -o filenames
+    mapfile -t COMPREPLY < <(compgen -f -X '!*.[pP][dD][fF]' -- "$word"; compgen -d -- "$word")
   fi
 }
 
 complete -F _trellion trellion
 complete -F _trellion_batch trellion-batch
+complete -F _trellion_pdf trellion-pdf

@@ -34,8 +34,9 @@ build() {
   cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)"
 }
 
-# tidy PRESET: has clang-tidy look over the programs' sources, as they are built in build/PRESET.
+# tidy PRESET [OPTION ...]: has clang-tidy look over the programs' sources, as they are built in
+# build/PRESET.
 tidy() {
-  find src batch tools -name '*.cpp' -print0 |
-    xargs -0 -n 1 -P "$(nproc)" clang-tidy -p "build/$1" --quiet 2>/dev/null
+  find src pdf batch tools -name '*.cpp' -print0 |
+    xargs -0 -n 1 -P "$(nproc)" clang-tidy -p "build/$1" --quiet "${@:2}" 2>/dev/null
 }

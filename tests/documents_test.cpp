@@ -36,7 +36,7 @@ void expect_completed(const std::string& program, const options& known) {
       part(document("completions/trellion.bash"), '_' + bash_name + "()", "\n}");
   EXPECT_EQ(all_matches(part(bash, "-W '", "' ").substr(4), "(--?[a-z][-a-z]*)"), known);
   const std::string zsh = part(document("completions/_trellion"), '_' + program + "()", "\n}");
-  EXPECT_EQ(all_matches(zsh, "[{,')](--?[a-z](?:[-a-z]*[a-z])?)(?=-?[\\[,}])"), known);
+  EXPECT_EQ(all_matches(zsh, "[{,')](--?[a-z](?:[-a-z]*[a-z])?)(?==?-?[\\[,}])"), known);
 }
 
 /// The options whose descriptions a manual page lists.
@@ -69,19 +69,30 @@ TEST(documents, list_the_options_of_trellion) {
   expect_completed("trellion", accepted);
 }
 
-TEST(documents, list_the_options_of_trellion_batch) {
+/// Expects all texts on a program to list the options that it knows. A value that suits all of them
+/// is needed, and one of them.
+void expect_listed(const std::string& program, const std::string& value,
+                   const std::string& typical) {
   const scratch_directory directory;
-  const std::string help = shell("trellion-batch --help", directory).out;
+  const std::string help = shell(program + " --help", directory).out;
   const options known =
-      all_matches(part(help, "Options:", "Exit"), "[ ,](--?[a-z][-a-z]*)(?=[ ,])");
-  EXPECT_TRUE(known.contains("--auto"));
+      all_matches(part(help, "Options:", "Exit"), "[ ,](--?[a-z][-a-z]*)(?=[ ,\\[])");
+  EXPECT_TRUE(known.contains(typical));
   for (const std::string& option : known) {
-    const std::string said = shell("trellion-batch " + option + " 100 --help", directory).out;
+    const std::string said = shell(program + ' ' + option + ' ' + value + " --help", directory).out;
     EXPECT_EQ(said, option == "--version" ? said : help) << option;
   }
-  EXPECT_EQ(of_manual("doc/man/trellion-batch.1"), known);
-  expect_completed("trellion-batch", known);
+  EXPECT_EQ(of_manual("doc/man/" + program + ".1"), known);
+  expect_completed(program, known);
 }
+
+TEST(documents, list_the_options_of_trellion_batch) {
+  expect_listed("trellion-batch", "100", "--auto");
+}
+
+#ifdef TRELLION_HAS_PDF
+TEST(documents, list_the_options_of_trellion_pdf) { expect_listed("trellion-pdf", "1", "--close"); }
+#endif
 
 }  // namespace
 }  // namespace trellion::testing

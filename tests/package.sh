@@ -15,6 +15,7 @@ cp "$source/examples/surface.eps" "$scratch"
 cd "$scratch"
 root/usr/bin/trellion surface.eps -r | grep '^Repaired filename is'
 root/usr/bin/trellion-batch -f -q surface.eps
+if [ -e root/usr/bin/trellion-pdf ]; then root/usr/bin/trellion-pdf --version; fi
 for page in root/usr/share/man/man1/*.gz; do
   # Pages of programs that are not installed here are referred to, too.
   complaints=$(mandoc -Tlint "$page" 2>/dev/null | grep -v 'referenced manual not found' || true)

@@ -1,0 +1,67 @@
+#include "pdf/likeness.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "pdf/sorted_keys.h"
+
+namespace trellion::pdf {
+namespace {
+
+/// Sides that stand a little before. A side that comes later takes the place of another, by and by
+/// of all those that are too far away for deflate to see.
+class recent_sides {
+ public:
+  recent_sides() : slots_(n_slots) {}
+
+  /// Above 0 when the side was written in this direction, below when in the other.
+  [[nodiscard]] int direction(label from, label to) const {
+    const std::uint64_t found = slots_[slot_of(from, to)];
+    if (found == joint_key(from, to)) return 1;
+    return found == joint_key(to, from) ? -1 : 0;
+  }
+  void note(label from, label to) { slots_[slot_of(from, to)] = joint_key(from, to); }
+
+ private:
+  static constexpr std::size_t n_slots = 4096;
+  static std::size_t slot_of(label from, label to) {
+    // 2^64 over the golden ratio.
+    const std::uint64_t spread = std::uint64_t{from ^ to} * 0x9e3779b97f4a7c15U;
+    return (spread + std::uint64_t{from} + to) >> 7U & (n_slots - 1);
+  }
+
+  std::vector<std::uint64_t> slots_;
+};
+
+}  // namespace
+
+void turn_alike(outlines& all, std::span<const std::size_t> batches) {
+  recent_sides recent;
+  // Calls f with the ends of each side of the outlines in a range.
+  const auto for_each_side = [&all](std::size_t begin, std::size_t end, auto f) {
+    std::uint32_t first = begin == 0 ? 0 : all.ends[begin - 1];
+    for (std::size_t i = begin; i < end; ++i) {
+      label from = all.corners[all.ends[i] - 1];
+      for (; first < all.ends[i]; ++first) {
+        f(from, all.corners[first]);
+        from = all.corners[first];
+      }
+    }
+  };
+  std::size_t begin = 0;
+  for (const std::size_t end : batches) {
+    std::int64_t alike = 0;
+    for_each_side(begin, end, [&](label a, label b) { alike += recent.direction(a, b); });
+    if (alike < 0) {
+      for (std::size_t i = begin; i < end; ++i) {
+        const std::uint32_t first = i == 0 ? 0 : all.ends[i - 1];
+        std::reverse(all.corners.begin() + first, all.corners.begin() + all.ends[i]);
+      }
+    }
+    for_each_side(begin, end, [&](label a, label b) { recent.note(a, b); });
+    begin = end;
+  }
+}
+
+}  // namespace trellion::pdf

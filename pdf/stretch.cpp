@@ -1,0 +1,127 @@
+#include "pdf/stretch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "pdf/alignment.h"
+#include "pdf/batches.h"
+#include "pdf/content_writer.h"
+#include "pdf/likeness.h"
+#include "pdf/numbers.h"
+#include "pdf/outlines.h"
+#include "pdf/packing.h"
+#include "pdf/under.h"
+
+namespace trellion::pdf {
+namespace {
+
+/// The pen that closes hairlines, and nothing where it would show.
+std::optional<line_style> closing_pen(const stretch& where, const content_settings& settings,
+                                      double scale, text_table& texts) {
+  const double on_page = largest_scale(where.before.matrix) * scale;
+  if (settings.close != closing::stroke || !where.before.strokes_opaquely() || !(on_page > 0))
+    return std::nullopt;
+  // Three digits of it are enough.
+  const double width = settings.close_width / on_page;
+  const int digits = std::max(0, 3 - static_cast<int>(std::ceil(std::log10(width))));
+  const double scaled = std::round(width * std::pow(10.0, digits));
+  if (digits > 9 || !(scaled < static_cast<double>(max_coordinate))) return std::nullopt;
+  std::string text;
+  append_number(static_cast<std::int64_t>(scaled), digits, text);
+  line_style pen = where.before.line;
+  pen.width = texts.id_of(text);
+  pen.join = texts.id_of("1");
+  pen.dash = texts.id_of(solid_dash);
+  return pen;
+}
+
+/// A batch when its polygons have been joined.
+struct joined_batch {
+  std::uint32_t paint = 0;
+  const raw_polygon* raw = nullptr;  ///< painted as it stands: then it has no outlines
+  std::size_t outlines_end = 0;
+};
+
+stretch_text write(const painted_mesh& painted, const mesh& polygons, const stretch& where,
+                   std::vector<batch> batches, const std::optional<line_style>& pen,
+                   const text_table& texts) {
+  outlines all;
+  std::vector<joined_batch> joined;
+  joined.reserve(batches.size());
+  for (batch& each : batches) {
+    const std::uint32_t first = each.polygons[0];
+    const raw_polygon* raw = each.polygons.size() == 1 ? raw_of(painted, first) : nullptr;
+    if (raw == nullptr) join(polygons, each.polygons, all);
+    joined.push_back({each.paint, raw, all.ends.size()});
+  }
+  batches = {};
+  remove_straight_corners(polygons, {&all, 1});
+  std::vector<std::size_t> batch_ends;
+  batch_ends.reserve(joined.size());
+  for (const joined_batch& each : joined) batch_ends.push_back(each.outlines_end);
+  turn_alike(all, batch_ends);
+
+  stretch_text result;
+  content_writer writer(texts, where.before, where.end - where.begin);
+  std::size_t begin = 0;
+  for (const joined_batch& each : joined) {
+    paint with = painted.paints[each.paint];
+    if (each.raw != nullptr) {
+      const raw_polygon& raw = *each.raw;
+      writer.paint_path(where.content.substr(raw.begin, raw.end - raw.begin), raw.painter, with);
+      if (with.fills) ++result.polygons;
+      continue;
+    }
+    if (pen && !with.has_pen) {
+      with.has_pen = true;
+      with.pen = *pen;
+    }
+    writer.paint_outlines(all, begin, each.outlines_end, polygons.points, painted.digits, with);
+    begin = each.outlines_end;
+  }
+  result.polygons += static_cast<std::int64_t>(begin);
+  result.text = where.after_matters ? writer.finish(where.after) : writer.finish();
+  return result;
+}
+
+/// The precision asked for, in the units of places.
+std::int64_t tolerance_of(const painted_mesh& painted, const stretch& where,
+                          const content_settings& settings, double scale) {
+  const double on_page = largest_scale(where.before.matrix) * scale;
+  const double units = settings.precision / on_page * std::pow(10.0, painted.digits);
+  return units < static_cast<double>(max_coordinate) ? static_cast<std::int64_t>(units) : 0;
+}
+
+/// Whether a text is smaller than another once both are packed.
+bool is_smaller(std::string_view text, std::string_view other) {
+  return text != other && estimated_packed_size(text) < estimated_packed_size(other);
+}
+
+}  // namespace
+
+std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const stretch& where,
+                                           const content_settings& settings, double scale,
+                                           text_table& texts) {
+  const std::optional<line_style> pen = closing_pen(where, settings, scale, texts);
+  const std::int64_t tolerance = tolerance_of(painted, where, settings, scale);
+  const std::optional<mesh> even = with_even_columns(painted.polygons, tolerance);
+  const mesh& polygons = even ? *even : painted.polygons;
+  const auto write_closed = [&](std::vector<batch> batches) {
+    if (settings.close == closing::under) paint_under_neighbours(polygons, batches, 5 * tolerance);
+    return write(painted, polygons, where, std::move(batches), pen, texts);
+  };
+  stretch_text best = write_closed(batches_in_order(polygons));
+  if (settings.reorder) {
+    // What is brought together is not always worth that neighbours no longer stand together.
+    stretch_text other = write_closed(batches_by_paint(polygons));
+    if (is_smaller(other.text, best.text)) best = std::move(other);
+  }
+  if (settings.close == closing::none && best.text.size() >= where.end - where.begin)
+    return std::nullopt;
+  return best;
+}
+
+}  // namespace trellion::pdf

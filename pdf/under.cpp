@@ -1,0 +1,202 @@
+#include "pdf/under.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+#include "pdf/overlaps.h"
+#include "pdf/sorted_keys.h"
+
+namespace trellion::pdf {
+namespace {
+
+constexpr std::uint32_t none = UINT32_MAX;
+/// A side of a polygon, among those between the same two places.
+struct side {
+  std::uint32_t batch;
+  std::uint32_t polygon;
+  std::size_t direction;  ///< 0 from the smaller label to the larger one, or 1
+};
+
+/// The sides of polygons in batches, by the smaller of their two labels: the other one, the polygon
+/// and the direction in one number.
+class sides_by_label {
+ public:
+  sides_by_label(const mesh& of, std::span<const batch> batches) : starts_(of.points.size() + 1) {
+    for_each_side(of, batches,
+                  [&](label smaller, label, std::uint32_t, bool) { ++starts_[smaller]; });
+    std::uint32_t sum = 0;
+    for (std::uint32_t& s : starts_) s = sum += s;
+    sides_.resize(sum);
+    for_each_side(of, batches, [&](label smaller, label larger, std::uint32_t polygon, bool back) {
+      sides_[--starts_[smaller]] = joint_key(larger, polygon << 1 | (back ? 1U : 0U));
+    });
+  }
+
+  /// Calls f with two places and all sides between them, for all such places. The order is that of
+  /// the labels.
+  template <class F>
+  void for_each_pair_of_places(std::span<const std::uint32_t> batch_of, F f) {
+    std::vector<side> together;
+    for (std::size_t i = 0; i + 1 < starts_.size(); ++i) {
+      const auto sides = std::span(sides_).subspan(starts_[i], starts_[i + 1] - starts_[i]);
+      std::ranges::sort(sides);
+      for (auto s = sides.begin(); s != sides.end();) {
+        together.clear();
+        const label end = first_of(*s);
+        for (; s != sides.end() && first_of(*s) == end; ++s) {
+          const std::uint32_t polygon = second_of(*s) >> 1;
+          together.push_back({batch_of[polygon], polygon, *s & 1});
+        }
+        f(static_cast<label>(i), end, std::span(together));
+      }
+    }
+  }
+
+ private:
+  template <class F>
+  static void for_each_side(const mesh& of, std::span<const batch> batches, F f) {
+    for (const batch& b : batches) {
+      for (const std::uint32_t p : b.polygons) {
+        if (of.polygons[p].form == shape::other) continue;
+        const std::span<const label> corners = of.corners_of(of.polygons[p]);
+        label from = corners.back();
+        for (const label to : corners) {
+          f(std::min(from, to), std::max(from, to), p, to < from);
+          from = to;
+        }
+      }
+    }
+  }
+
+  std::vector<std::uint32_t> starts_;  // by label, and the end of all
+  std::vector<std::uint64_t> sides_;
+};
+
+/// A side of a batch's outline that no polygon of another batch shares whole.
+struct lone_side {
+  std::uint32_t batch;
+  std::uint32_t polygon;
+  label from;
+  label to;
+};
+
+/// Whether two sides run along each other for more than the tolerance, within the tolerance. For a
+/// choice that cannot be wrong, so that doubles do.
+bool run_along(const place& a, const place& b, const place& c, const place& d, double tolerance) {
+  const auto dx = static_cast<double>(b.x - a.x);
+  const auto dy = static_cast<double>(b.y - a.y);
+  const double length = std::hypot(dx, dy);
+  const auto along = [&](const place& p) {
+    return (static_cast<double>(p.x - a.x) * dx + static_cast<double>(p.y - a.y) * dy) / length;
+  };
+  const auto aside = [&](const place& p) {
+    return (static_cast<double>(p.x - a.x) * dy - static_cast<double>(p.y - a.y) * dx) / length;
+  };
+  const auto [low, high] = std::minmax({along(c), along(d)});
+  return std::abs(aside(c)) <= tolerance && std::abs(aside(d)) <= tolerance &&
+         std::min(high, length) - std::max(low, 0.0) > tolerance;
+}
+
+bool has_side_along(const mesh& of, const polygon& p, const place& a, const place& b,
+                    double tolerance) {
+  const auto squared_length = [](const place& from, const place& to) {
+    const auto x = static_cast<double>(to.x - from.x);
+    const auto y = static_cast<double>(to.y - from.y);
+    return x * x + y * y;
+  };
+  const double length = squared_length(a, b);
+  const std::span<const label> corners = of.corners_of(p);
+  place from = of.points[corners.back()];
+  return std::ranges::any_of(corners, [&](label corner) {
+    const place c = std::exchange(from, of.points[corner]);
+    const place& d = of.points[corner];
+    return squared_length(c, d) > length ? run_along(c, d, a, b, tolerance)
+                                         : run_along(a, b, c, d, tolerance);
+  });
+}
+
+/// What lone sides have along them.
+struct lone_findings {
+  std::vector<std::uint64_t> beside;  ///< a batch, and a polygon of a later one
+  std::vector<bool> at_rim;           ///< by polygon: it has a side with nothing beyond
+};
+
+/// Polygons with more corners are not looked at, so that the time stays near-linear.
+constexpr std::uint32_t many_corners = 256;
+
+lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
+                         std::span<const std::uint32_t> batch_of, std::int64_t tolerance) {
+  lone_findings result;
+  result.at_rim.resize(of.polygons.size());
+  if (lone.empty()) return result;
+  const overlaps search(of);
+  std::vector<std::uint32_t> near;
+  for (const lone_side& each : lone) {
+    const place& a = of.points[each.from];
+    const place& b = of.points[each.to];
+    const box around = {{std::min(a.x, b.x) - tolerance, std::min(a.y, b.y) - tolerance},
+                        {std::max(a.x, b.x) + tolerance, std::max(a.y, b.y) + tolerance}};
+    near.clear();
+    search.add_near(around, near);
+    bool is_rim = true;
+    for (const std::uint32_t p : near) {
+      const polygon& other = of.polygons[p];
+      if (p == each.polygon || other.form == shape::other || other.n_corners > many_corners ||
+          !has_side_along(of, other, a, b, static_cast<double>(tolerance))) {
+        continue;
+      }
+      is_rim = false;
+      if (batch_of[p] > each.batch) result.beside.push_back(joint_key(each.batch, p));
+    }
+    if (is_rim) result.at_rim[each.polygon] = true;
+  }
+  return result;
+}
+
+}  // namespace
+
+void paint_under_neighbours(const mesh& of, std::span<batch> batches, std::int64_t tolerance) {
+  std::vector<std::uint32_t> batch_of(of.polygons.size());
+  for (std::uint32_t b = 0; b < batches.size(); ++b) {
+    for (const std::uint32_t p : batches[b].polygons) batch_of[p] = b;
+  }
+  std::vector<std::uint64_t> added;  // a batch, and a polygon
+  sides_by_label sides(of, batches);
+  std::vector<lone_side> lone;
+  sides.for_each_pair_of_places(batch_of, [&](label one, label other, std::span<side> together) {
+    std::ranges::sort(together, [](const side& a, const side& b) {
+      return joint_key(a.batch, a.polygon) > joint_key(b.batch, b.polygon);
+    });
+    std::array<std::uint32_t, 2> last = {none, none};  // in later batches, by direction
+    for (auto s = together.begin(); s != together.end();) {
+      const std::uint32_t b = s->batch;
+      std::array<std::uint32_t, 2> last_here = last;
+      std::ptrdiff_t sum = 0;
+      for (; s != together.end() && s->batch == b; ++s) {
+        sum += s->direction == 0 ? 1 : -1;
+        if (last_here[s->direction] == none) last_here[s->direction] = s->polygon;
+      }
+      const std::uint32_t beside = last[sum > 0 ? 1 : 0];
+      if (sum != 0 && s == together.end() && together.front().batch == b) {
+        lone.push_back({b, together.front().polygon, one, other});
+      } else if (sum != 0 && beside != none) {
+        added.push_back(joint_key(b, beside));
+      }
+      last = last_here;
+    }
+  });
+  const lone_findings found = look_along(of, lone, batch_of, tolerance);
+  added.insert(added.end(), found.beside.begin(), found.beside.end());
+  sort_keys(added);
+  added.erase(std::unique(added.begin(), added.end()), added.end());
+  for (const std::uint64_t a : added) {
+    batch& to = batches[first_of(a)];
+    const std::uint32_t p = second_of(a);
+    if (of.reach_of(to.paint) == 0 && !found.at_rim[p]) to.polygons.push_back(p);
+  }
+}
+
+}  // namespace trellion::pdf
