@@ -6,6 +6,8 @@
 #include <cstdio>
 
 #include "batch/hairlines.h"
+#include "batch/pdf_worker.h"
+#include "batch/programs.h"
 
 namespace trellion::batch {
 namespace {
@@ -28,6 +30,12 @@ std::string option(const char* name, double value) {
   std::snprintf(text.data(), text.size(), "%s%.6g", name, value);
   return text.data();
 }
+
+/// Otherwise Ghostscript paints every pixel that an area touches, so that of two that share an edge
+/// the later one is wider by a pixel. Polygons of PDF may change places. Where it cannot be asked
+/// for, the pictures are compared as they are.
+constexpr const char* centre_sampled =
+    "<< /Install { systemdict /.setfilladjust2 known { 0 0 .setfilladjust2 } if } >> setpagedevice";
 
 /// A drawing and its head. What writes more draws page after page, or nonsense.
 constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
@@ -79,13 +87,19 @@ page_frame frame_around(const page_part& part, const page_frame& page, const res
   return {page.left + left, page.bottom + bottom, right - left, top - bottom};
 }
 
-pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, double dpi,
+pixmap drawing_programs::draw(const fs::path& file, const page_view& page, double dpi,
                               antialiasing smooth) const {
   const std::string bits = smooth == antialiasing::on ? "4" : "1";
-  std::vector<std::string> command = ghostscript(frame);
-  command.insert(command.end(), {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
-                                 "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000",
-                                 "-sOutputFile=-", named(eps)});
+  std::vector<std::string> command = page.is_pdf() ? ghostscript() : ghostscript(page.frame);
+  if (page.is_pdf()) {
+    const std::string number = std::to_string(page.number);
+    command.insert(command.end(), {"-dFirstPage=" + number, "-dLastPage=" + number});
+  }
+  command.insert(command.end(),
+                 {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
+                  "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000", "-sOutputFile=-"});
+  if (page.is_pdf()) command.insert(command.end(), {"-c", centre_sampled, "-f"});
+  command.push_back(named(file));
   try {
     return read_ppm(output_of(command), max_pixels);
   } catch (const second_page&) {
@@ -95,11 +109,12 @@ pixmap drawing_programs::draw(const fs::path& eps, const page_frame& frame, doub
   }
 }
 
-pixmap drawing_programs::draw_pdf(const fs::path& pdf, double dpi, antialiasing smooth) const {
-  return read_png(
-      output_of({*tools_.pdftocairo, "-png", "-singlefile", "-r", option("", dpi), "-antialias",
-                 smooth == antialiasing::on ? "default" : "none", named(pdf), "-"}),
-      max_pixels);
+pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, double dpi,
+                                  antialiasing smooth) const {
+  return read_png(output_of({*tools_.pdftocairo, "-png", "-singlefile", "-f",
+                             std::to_string(number), "-r", option("", dpi), "-antialias",
+                             smooth == antialiasing::on ? "default" : "none", named(pdf), "-"}),
+                  max_pixels);
 }
 
 void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
@@ -115,6 +130,12 @@ void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, cons
   run(command, file_limit_of(eps), ignore_output);
 }
 
+void drawing_programs::move(const fs::path& pdf, const shift& by, const fs::path& moved) const {
+  std::vector<std::string> command = worker_arguments({named(pdf), named(moved), by});
+  command.insert(command.begin(), own_executable);
+  run(command, file_limit_of(pdf), ignore_output);
+}
+
 void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
   // Level 2 cannot hold every image mask.
   run({*tools_.pdftops, "-eps", "-level3", named(pdf), named(eps)}, file_limit_of(pdf),
@@ -128,17 +149,18 @@ std::string drawing_programs::box_comments_of(const fs::path& eps) const {
       .messages;
 }
 
-/// How Ghostscript is called: nothing outside is read or written, and the page is just the frame.
+/// How Ghostscript is called: nothing outside is read or written.
+std::vector<std::string> drawing_programs::ghostscript() const {
+  return {*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sstdout=%stderr"};
+}
+
+/// And the page is just the frame.
 std::vector<std::string> drawing_programs::ghostscript(const page_frame& frame) const {
-  return {*tools_.gs,
-          "-q",
-          "-dSAFER",
-          "-dBATCH",
-          "-dNOPAUSE",
-          "-sstdout=%stderr",
-          "-dFIXEDMEDIA",
-          "-dDEVICEWIDTHPOINTS=" + std::to_string(frame.width),
-          "-dDEVICEHEIGHTPOINTS=" + std::to_string(frame.height)};
+  std::vector<std::string> command = ghostscript();
+  command.insert(command.end(),
+                 {"-dFIXEDMEDIA", "-dDEVICEWIDTHPOINTS=" + std::to_string(frame.width),
+                  "-dDEVICEHEIGHTPOINTS=" + std::to_string(frame.height)});
+  return command;
 }
 
 std::string drawing_programs::output_of(const std::vector<std::string>& command) const {
@@ -169,19 +191,37 @@ child_result drawing_programs::run_to_end(const std::vector<std::string>& comman
 }
 
 const pixmap& appearance::drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth) {
-  if (!drawing) drawing = programs_->draw(eps_, frame_, dpi, smooth);
+  if (!drawing) drawing = programs_->draw(file_, page_, dpi, smooth);
   return *drawing;
+}
+
+const pixmap& appearance::cairo_drawn(std::optional<pixmap>& drawing, double dpi) {
+  if (!drawing) drawing = programs_->draw_pdf(file_, page_.number, dpi, antialiasing::off);
+  return *drawing;
+}
+
+appearance appearance::moved(const shift& by) const {
+  fs::path copy = file_;
+  copy.replace_extension(option("", by.right) + option("_", by.up) + ".pdf");
+  if (!fs::exists(copy)) programs_->move(file_, by, copy);
+  return {*programs_, copy, page_, dpi_};
+}
+
+std::int64_t appearance::hairlines_by_cairo() {
+  const auto smooth_of = [this](const fs::path& pdf, std::int64_t number) {
+    return programs_->draw_pdf(pdf, number, dpi_.coarse, antialiasing::on);
+  };
+  if (page_.is_pdf()) return hairline_pixels(smooth_of(file_, page_.number), cairo_coarse());
+  const fs::path pdf = fs::path(file_).replace_extension(".pdf");
+  programs_->to_pdf(file_, page_.frame, pdf);
+  return hairline_pixels(smooth_of(pdf, 1),
+                         programs_->draw_pdf(pdf, 1, dpi_.coarse, antialiasing::off));
 }
 
 const hairline_counts& appearance::hairlines() {
   if (hairlines_) return *hairlines_;
   hairline_counts counts{hairline_pixels(smooth(), coarse()), std::nullopt};
-  if (programs_->can_draw_pdf()) {
-    const fs::path pdf = fs::path(eps_).replace_extension(".pdf");
-    programs_->to_pdf(eps_, frame_, pdf);
-    counts.cairo = hairline_pixels(programs_->draw_pdf(pdf, dpi_.coarse, antialiasing::on),
-                                   programs_->draw_pdf(pdf, dpi_.coarse, antialiasing::off));
-  }
+  if (programs_->can_draw_pdf()) counts.cairo = hairlines_by_cairo();
   return hairlines_.emplace(counts);
 }
 

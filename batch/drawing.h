@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -8,12 +9,23 @@
 #include "batch/eps_page.h"
 #include "batch/file_report.h"
 #include "batch/options.h"
+#include "batch/pdf_moving.h"
 #include "batch/pixmap.h"
 #include "batch/process.h"
 
 namespace trellion::batch {
 
 enum class antialiasing { off, on };
+
+/// A page that can be drawn: that of an EPS file, or one of a PDF file. Of those only the size of
+/// the frame counts.
+struct page_view {
+  page_frame frame{};
+  std::int64_t number = 0;  ///< in a PDF file, from 1 on; 0 for EPS
+
+  [[nodiscard]] bool is_pdf() const { return number > 0; }
+  bool operator==(const page_view&) const = default;
+};
 
 inline constexpr double points_per_inch = 72;
 
@@ -40,11 +52,13 @@ class drawing_programs {
                    std::filesystem::path directory)
       : tools_(tools), runner_(runner), limits_(limits), directory_(std::move(directory)) {}
 
-  /// Draws the one page of an EPS file, which begins with the head for its frame (see eps_page.h).
-  [[nodiscard]] pixmap draw(const std::filesystem::path& eps, const page_frame& frame, double dpi,
+  /// Draws a page with Ghostscript. An EPS file begins with the head for its frame (see
+  /// eps_page.h), and has no other page. Areas of PDF cover the pixels whose centres are in them,
+  /// those of EPS every pixel that they touch.
+  [[nodiscard]] pixmap draw(const std::filesystem::path& file, const page_view& page, double dpi,
                             antialiasing smooth) const;
-  /// Draws the page of a PDF file with poppler's cairo, which must be there.
-  [[nodiscard]] pixmap draw_pdf(const std::filesystem::path& pdf, double dpi,
+  /// Draws a page of a PDF file with poppler's cairo, which must be there.
+  [[nodiscard]] pixmap draw_pdf(const std::filesystem::path& pdf, std::int64_t number, double dpi,
                                 antialiasing smooth) const;
   [[nodiscard]] bool can_draw_pdf() const { return tools_.pdftocairo.has_value(); }
 
@@ -53,6 +67,9 @@ class drawing_programs {
   void to_pdf(const std::filesystem::path& eps, const page_frame& frame,
               const std::filesystem::path& pdf,
               const std::vector<std::string>& more_options = {}) const;
+  /// Writes a PDF file that draws the same, moved.
+  void move(const std::filesystem::path& pdf, const shift& by,
+            const std::filesystem::path& moved) const;
   /// Converts a PDF file to EPS.
   void to_eps(const std::filesystem::path& pdf, const std::filesystem::path& eps) const;
   /// The box comments that fit what an EPS file without any draws.
@@ -64,6 +81,7 @@ class drawing_programs {
   [[nodiscard]] std::string named(const std::filesystem::path& file) const {
     return file.lexically_relative(directory_).string();
   }
+  [[nodiscard]] std::vector<std::string> ghostscript() const;
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
   [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
   [[nodiscard]] child_result run_to_end(const std::vector<std::string>& command,
@@ -79,28 +97,39 @@ class drawing_programs {
   std::filesystem::path directory_;
 };
 
-/// How an EPS file looks: its drawings, each made when it is first asked for.
+/// How a page looks: its drawings, each made when it is first asked for.
 class appearance {
  public:
-  /// `eps` begins with the head for its frame. A PDF of it is written beside it.
-  appearance(const drawing_programs& programs, std::filesystem::path eps, const page_frame& frame,
+  /// An EPS file begins with the head for its frame. A PDF of it is written beside it.
+  appearance(const drawing_programs& programs, std::filesystem::path file, const page_view& page,
              const resolutions& dpi)
-      : programs_(&programs), eps_(std::move(eps)), frame_(frame), dpi_(dpi) {}
+      : programs_(&programs), file_(std::move(file)), page_(page), dpi_(dpi) {}
 
   [[nodiscard]] const resolutions& dpi() const { return dpi_; }
+  // By Ghostscript.
   const pixmap& coarse() { return drawn(coarse_, dpi_.coarse, antialiasing::off); }
   const pixmap& smooth() { return drawn(smooth_, dpi_.coarse, antialiasing::on); }
   const pixmap& fine() { return drawn(fine_, dpi_.fine, antialiasing::off); }
+  /// Whether poppler's cairo can draw the page just as it is. Then these can be asked for.
+  [[nodiscard]] bool has_cairo() const { return page_.is_pdf() && programs_->can_draw_pdf(); }
+  const pixmap& cairo_coarse() { return cairo_drawn(cairo_coarse_, dpi_.coarse); }
+  const pixmap& cairo_fine() { return cairo_drawn(cairo_fine_, dpi_.fine); }
+  /// The same page of PDF, moved: a file of it is written beside it.
+  [[nodiscard]] appearance moved(const shift& by) const;
   /// The hairlines as Ghostscript and, if it is there, poppler's cairo draw them.
   const hairline_counts& hairlines();
 
  private:
   const pixmap& drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth);
+  const pixmap& cairo_drawn(std::optional<pixmap>& drawing, double dpi);
+  std::int64_t hairlines_by_cairo();
 
   const drawing_programs* programs_;
-  std::filesystem::path eps_;
-  page_frame frame_;
+  std::filesystem::path file_;
+  page_view page_;
   resolutions dpi_;
+  std::optional<pixmap> cairo_coarse_;
+  std::optional<pixmap> cairo_fine_;
   std::optional<pixmap> coarse_;
   std::optional<pixmap> smooth_;
   std::optional<pixmap> fine_;

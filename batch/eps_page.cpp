@@ -156,7 +156,10 @@ file_kind kind_of(std::string_view file) {
   if (file.starts_with(dos_magic)) return file_kind::dos_eps;
   if (file.starts_with("%PDF")) return file_kind::pdf;
   if (file.starts_with("\x1F\x8B")) return file_kind::gzip;
-  return without_end_of_transmission(file).starts_with("%!") ? file_kind::eps : file_kind::other;
+  if (without_end_of_transmission(file).starts_with("%!")) return file_kind::eps;
+  // Readers look for it that far.
+  const bool is_pdf = file.substr(0, 1024).find("%PDF-") != std::string_view::npos;
+  return is_pdf ? file_kind::pdf : file_kind::other;
 }
 
 std::string_view postscript(std::string_view file) {

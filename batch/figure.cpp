@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "batch/detour.h"
+#include "batch/inputs.h"
 #include "batch/prolog.h"
 #include "files.h"
 
@@ -46,6 +47,21 @@ std::string converted_to_eps(const fs::path& pdf, const drawing_programs& progra
   return text;
 }
 
+/// Documents that do not crop their figures show what sticks out of the box, too.
+page_frame detour_frame(const figure& original) {
+  constexpr std::int64_t margin = 72;
+  return frame_of(*original.page.box, margin);
+}
+
+/// Writes what pdftops has made of the detour's PDF as the figure that it was.
+void write_detoured(std::string_view text, const figure& original, const fs::path& eps) {
+  if (is_one_bitmap(text)) {
+    throw dead_end{verdict::not_kept, "the detour makes one bitmap of the page"};
+  }
+  const std::string whole = with_page_of(text, original.page, detour_frame(original));
+  write_whole(eps, "", without_unused_definitions(whole));
+}
+
 }  // namespace
 
 figure look_at(const fs::path& file) {
@@ -54,12 +70,15 @@ figure look_at(const fs::path& file) {
   if (!fs::is_regular_file(status)) throw run_error("it is no regular file");
   const fs::file_time_type written = fs::last_write_time(file);
   const std::string text = read_whole(file);
+  file_kind kind = kind_of(text);
+  // What is wrong with it the repair of PDF can say.
+  if (kind == file_kind::other && is_pdf_name(file)) kind = file_kind::pdf;
   return {fs::absolute(file),
           text.size(),
           static_cast<mode_t>(status.permissions()),
           written,
-          kind_of(text),
-          read_page(postscript(text))};
+          kind,
+          kind == file_kind::pdf ? eps_page() : read_page(postscript(text))};
 }
 
 bool is_unchanged(const figure& looked_at) {
@@ -73,13 +92,10 @@ void write_framed(const fs::path& source, const page_frame& frame, const fs::pat
   write_whole(framed, framing_head(frame), postscript(text));
 }
 
-void take_detour(const figure& original, const drawing_programs& programs,
-                 const fs::path& directory, const fs::path& eps) {
-  // Documents that do not crop their figures show what sticks out of the box, too.
-  constexpr std::int64_t margin = 72;
-  const page_frame frame = frame_of(*original.page.box, margin);
-  const fs::path framed = directory / "framed.eps";
-  const fs::path pdf = directory / "figure.pdf";
+void take_detour(const figure& original, const drawing_programs& programs, const fs::path& pdf,
+                 const fs::path& eps) {
+  const page_frame frame = detour_frame(original);
+  const fs::path framed = pdf.parent_path() / "framed.eps";
   write_framed(original.file, frame, framed);
   programs.to_pdf(framed, frame, pdf);
   std::string text = converted_to_eps(pdf, programs);
@@ -87,11 +103,12 @@ void take_detour(const figure& original, const drawing_programs& programs,
     programs.to_pdf(framed, frame, pdf, {"-sColorConversionStrategy=RGB"});
     text = converted_to_eps(pdf, programs);
   }
-  if (is_one_bitmap(text)) {
-    throw dead_end{verdict::not_kept, "the detour makes one bitmap of the page"};
-  }
-  text = with_page_of(text, original.page, frame);
-  write_whole(eps, "", without_unused_definitions(text));
+  write_detoured(text, original, eps);
+}
+
+void return_from_detour(const figure& original, const drawing_programs& programs,
+                        const fs::path& pdf, const fs::path& eps) {
+  write_detoured(converted_to_eps(pdf, programs), original, eps);
 }
 
 }  // namespace trellion::batch

@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 
+#include "batch/pdf_support.h"
 #include "batch/text.h"
 
 namespace trellion::batch {
@@ -14,12 +15,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool is_eps_name(const fs::path& name) {
+std::string small_extension(const fs::path& name) {
   std::string extension = name.extension();
   std::ranges::transform(extension, extension.begin(),
                          [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}
+
+bool is_figure_name(const fs::path& name) {
   constexpr std::array<std::string_view, 3> extensions = {".eps", ".epsf", ".epsi"};
-  return std::ranges::find(extensions, extension) != extensions.end();
+  return std::ranges::find(extensions, small_extension(name)) != extensions.end() ||
+         (has_pdf && is_pdf_name(name));
 }
 
 /// The name of the file that one of this name would be the result of; empty when of none.
@@ -41,7 +47,7 @@ fs::path place_of(const fs::path& file) {
   return fs::weakly_canonical(directory_of(file), ignored) / file.filename();
 }
 
-/// Adds the EPS files below a folder; false when it cannot look everywhere.
+/// Adds the figures below a folder; false when it cannot look everywhere.
 bool add_folder(const fs::path& folder, std::vector<fs::path>& files) {
   bool complete = true;
   const auto first = static_cast<std::ptrdiff_t>(files.size());
@@ -57,7 +63,7 @@ bool add_folder(const fs::path& folder, std::vector<fs::path>& files) {
       std::error_code ignored;
       const bool is_folder = at->is_directory(ignored) && !at->is_symlink(ignored);
       if (is_folder) folders.push_back(path);
-      if (is_eps_name(path) && at->is_regular_file(ignored) && !is_result(path)) {
+      if (is_figure_name(path) && at->is_regular_file(ignored) && !is_result(path)) {
         files.push_back(path);
       }
     }
@@ -70,6 +76,8 @@ bool add_folder(const fs::path& folder, std::vector<fs::path>& files) {
 }
 
 }  // namespace
+
+bool is_pdf_name(const fs::path& name) { return small_extension(name) == ".pdf"; }
 
 fs::path directory_of(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : ".";

@@ -11,10 +11,13 @@ std::filesystem::path directory_of(const std::filesystem::path& file);
 /// Where the result of an input goes: beside it, "_r" before the last "." of its name.
 std::filesystem::path result_path(const std::filesystem::path& input);
 
-/// The named files, and for every folder the files below it whose names end in .eps, .epsf or
-/// .epsi, in order of their names. No file occurs twice; what is hidden, and results of other
-/// inputs, are left out. What cannot be looked into is reported on standard error, and makes
-/// `complete` false.
+/// Whether a name ends in .pdf, in whatever letters.
+bool is_pdf_name(const std::filesystem::path& name);
+
+/// The named files, and for every folder the files below it whose names end in .eps, .epsf, .epsi
+/// or, where PDF can be repaired, .pdf, in order of their names. No file occurs twice; what is
+/// hidden, and results of other inputs, are left out. What cannot be looked into is reported on
+/// standard error, and makes `complete` false.
 std::vector<std::filesystem::path> find_inputs(const std::vector<std::filesystem::path>& named,
                                                bool& complete);
 

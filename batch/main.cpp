@@ -8,6 +8,7 @@
 #include <memory>
 #include <numeric>
 #include <set>
+#include <span>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -104,7 +105,7 @@ bool try_to_report(const std::vector<file_report>& reports, output_file& file) {
 int run(const batch_options& options, const interruption& interrupted) {
   bool complete = true;
   const std::vector<fs::path> files = find_inputs(options.inputs, complete);
-  if (files.empty()) throw run_error("there are no EPS files to repair");
+  if (files.empty()) throw run_error("there are no figures to repair");
   const std::unique_ptr<output_file> report_file = open_report(options.report, files);
 
   clean_up_after_others(files);
@@ -130,7 +131,8 @@ int main(int argc, char* argv[]) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGCHLD, SIG_DFL);
-  if (argc > 1 && argv[1] == worker_argument) return run_worker({argv + 1, argv + argc});
+  const std::span<char* const> arguments(argv + std::min(argc, 1), argv + argc);
+  if (is_worker(arguments)) return run_worker(arguments);
   try {
     const batch_options options = parse_options(argc, argv);
     const interruption interrupted;

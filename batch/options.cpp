@@ -15,9 +15,10 @@ namespace trellion::batch {
 namespace {
 
 constexpr const char* description =
-    "Repairs many EPS files with trellion, several at a time, and keeps a result only when it is\n"
-    "smaller and shows the same picture. FILE_r.eps is written beside FILE.eps; no input is "
-    "changed.";
+    "Repairs many EPS and PDF files, several at a time, and keeps a result only when it is "
+    "smaller\n"
+    "and shows the same picture. FILE_r.eps is written beside FILE.eps, FILE_r.pdf beside "
+    "FILE.pdf;\nno input is changed.";
 
 constexpr const char* epilogue =
     "Exit status: 0 all good, 1 something failed or was withheld or there was nothing to work on,\n"
@@ -57,7 +58,7 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.get_formatter()->column_width(24);
   app.set_version_flag("--version", "trellion-batch " TRELLION_VERSION);
   app.add_option("FILE|FOLDER", options.inputs,
-                 "EPS files, and folders with EPS files at any depth")
+                 "EPS and PDF files, and folders with such files at any depth")
       ->type_name("");
   const auto add_number = [&app](const char* name, auto& value, int least, int most,
                                  const char* unit, const char* text) {
@@ -74,8 +75,9 @@ batch_options parse_options(int argc, const char* const* argv) {
   add_number("-s", options.min_separators, 1, INT32_MAX, "P",
              "As in trellion: P operators or more between polygons");
   app.add_flag("-r", options.remove_mesh, "As in trellion: close the hairlines between polygons");
-  app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, and keep the best result");
-  app.add_flag("--detour", options.detour, "By way of PDF (Ghostscript, pdftops), then -s2 or -s1");
+  app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, keep the best result");
+  app.add_flag("--detour", options.detour,
+               "By way of PDF (Ghostscript, pdftops), joining there or then");
   app.add_flag("-f,--force", options.replace, "Replace existing results");
   app.add_flag("--keep", options.keep_all, "Keep results not smaller, or with nothing joined, too");
   app.add_flag("--verify", options.verify, "Compare the pictures (default if gs is there)");

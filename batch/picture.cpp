@@ -71,6 +71,28 @@ class pixel_groups {
   std::int64_t largest_ = 0;
 };
 
+/// Makes a box hold a pixel that is no higher than it.
+void widen(pixel_box& box, const pixel_place& place) {
+  box = {std::min(box.left, place.x), box.top, std::max(box.right, place.x + 1), place.y + 1};
+}
+
+/// Counts again when some of the places have been dropped.
+void count_places(std::size_t width, picture_difference& found) {
+  found.wrong = std::ssize(found.places);
+  found.wrong_together = 0;
+  found.wrong_within = {};
+  if (found.places.empty()) return;
+  pixel_groups groups(width);
+  std::size_t row = found.places.front().y;
+  found.wrong_within = {width, row, 0, 0};
+  for (const pixel_place& place : found.places) {
+    for (; row < place.y; ++row) groups.next_row();
+    groups.add(place.x);
+    widen(found.wrong_within, place);
+  }
+  found.wrong_together = groups.largest();
+}
+
 class comparison {
  public:
   comparison(const pixmap& a, const pixmap& b, int tolerance)
@@ -84,7 +106,26 @@ class comparison {
       compare_rows(y);
     }
     sum_.wrong_together = wrong_.largest();
-    return sum_;
+    if (sum_.wrong > most_places) sum_.places = {};
+    return std::move(sum_);
+  }
+
+  /// How many of the two pixels there are wrong.
+  [[nodiscard]] int wrong_at(std::size_t x, std::size_t y) const {
+    if (!differ(a_.row(y) + 3 * x, b_.row(y) + 3 * x)) return 0;
+    return (occurs_near(a_.row(y) + 3 * x, b_, x, y) ? 0 : 1) +
+           (occurs_near(b_.row(y) + 3 * x, a_, x, y) ? 0 : 1);
+  }
+
+  [[nodiscard]] bool is_wrong_near(const pixel_place& place) const {
+    const std::size_t right = std::min(place.x + 1, a_.width - 1);
+    const std::size_t bottom = std::min(place.y + 1, a_.height - 1);
+    for (std::size_t y = place.y - std::min<std::size_t>(place.y, 1); y <= bottom; ++y) {
+      for (std::size_t x = place.x - std::min<std::size_t>(place.x, 1); x <= right; ++x) {
+        if (wrong_at(x, y) > 0) return true;
+      }
+    }
+    return false;
   }
 
  private:
@@ -106,14 +147,13 @@ class comparison {
 
   void look_closely(std::size_t x, std::size_t y) {
     ++sum_.differing;
-    const int n_wrong = (occurs_near(a_.row(y) + 3 * x, b_, x, y) ? 0 : 1) +
-                        (occurs_near(b_.row(y) + 3 * x, a_, x, y) ? 0 : 1);
+    const int n_wrong = wrong_at(x, y);
     if (n_wrong == 0) return;
-    pixel_box& box = sum_.wrong_within;
-    if (sum_.wrong == 0) box = {x, y, x + 1, y + 1};
-    box = {std::min(box.left, x), box.top, std::max(box.right, x + 1), y + 1};
+    if (sum_.wrong == 0) sum_.wrong_within = {x, y, x + 1, y + 1};
+    widen(sum_.wrong_within, {x, y});
     sum_.wrong += n_wrong;
     wrong_.add(x);
+    if (sum_.wrong <= most_places) sum_.places.push_back({x, y});
   }
 
   [[nodiscard]] bool occurs_near(const std::uint8_t* colour, const pixmap& picture, std::size_t x,
@@ -145,6 +185,32 @@ class comparison {
 std::optional<picture_difference> compare(const pixmap& a, const pixmap& b, int tolerance) {
   if (a.width != b.width || a.height != b.height) return std::nullopt;
   return comparison(a, b, tolerance).run();
+}
+
+void keep_wrong_in(const pixmap& a, const pixmap& b, int tolerance, picture_difference& found) {
+  const comparison others(a, b, tolerance);
+  if (std::erase_if(found.places, [&others](const pixel_place& place) {
+        return !others.is_wrong_near(place);
+      }) > 0) {
+    count_places(a.width, found);
+  }
+}
+
+void keep_wrong_in_rows(std::size_t least, picture_difference& found) {
+  const std::size_t width = found.wrong_within.right;
+  std::vector<pixel_place> kept;
+  const std::vector<pixel_place>& all = found.places;
+  for (std::size_t n = 0; n < all.size();) {
+    const std::size_t begin = n++;
+    while (n < all.size() && all[n] == pixel_place{all[n - 1].x + 1, all[begin].y}) {
+      ++n;
+    }
+    if (n - begin < least) continue;
+    for (std::size_t i = begin; i < n; ++i) kept.push_back(all[i]);
+  }
+  if (kept.size() == all.size()) return;
+  found.places = std::move(kept);
+  count_places(width, found);
 }
 
 }  // namespace trellion::batch

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "batch/pixmap.h"
 
@@ -17,6 +18,13 @@ struct pixel_box {
   bool operator==(const pixel_box&) const = default;
 };
 
+struct pixel_place {
+  std::size_t x = 0;
+  std::size_t y = 0;
+
+  bool operator==(const pixel_place&) const = default;
+};
+
 /// Where two pictures differ.
 struct picture_difference {
   std::int64_t pixels = 0;          ///< of one picture
@@ -24,6 +32,7 @@ struct picture_difference {
   std::int64_t wrong = 0;           ///< those of either one whose colour the other has nowhere near
   std::int64_t wrong_together = 0;  ///< places of the largest group of wrong ones that touch
   pixel_box wrong_within;           ///< around the wrong ones
+  std::vector<pixel_place> places;  ///< the wrong ones, row by row, unless they are too many
   bool blank = false;               ///< one of the pictures has a single colour: it shows nothing
 };
 
@@ -34,5 +43,15 @@ struct picture_difference {
 /// picture; what was lost grows with it, and so does its group.
 /// Returns nothing when the pictures differ in their sizes.
 std::optional<picture_difference> compare(const pixmap& a, const pixmap& b, int tolerance);
+
+/// More wrong pixels than these are not told one by one.
+inline constexpr std::int64_t most_places = 100'000;
+
+/// Of the wrong pixels, where they are told, only those still count that are wrong in two other
+/// pictures of the same size, too, there or beside it.
+void keep_wrong_in(const pixmap& a, const pixmap& b, int tolerance, picture_difference& found);
+
+/// Of the wrong pixels, where they are told, only those still count that stand in a row of so many.
+void keep_wrong_in_rows(std::size_t least, picture_difference& found);
 
 }  // namespace trellion::batch

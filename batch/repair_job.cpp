@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <exception>
 #include <fstream>
 #include <iterator>
@@ -49,11 +50,13 @@ bool says_more(const file_report& report, const file_report& other) {
 
 /// Why nothing was joined. Where the polygons that were found are next to nothing of the file, its
 /// mesh is drawn in another form, which is another matter than polygons without common edges.
-std::string why_nothing_was_joined(const repair_summary& summary, std::uint64_t n_bytes) {
+std::string why_nothing_was_joined(const candidate& made, std::uint64_t n_bytes) {
+  const repair_summary& summary = made.summary;
   if (summary.polygons_read == 0) return "no polygons found";
   const std::int64_t with_area = summary.polygons_read - summary.without_area;
   if (with_area == 0) return "no polygons found, only lines";
   const std::string count = std::to_string(with_area);
+  if (made.way.pdf) return "nothing is gained by joining any of " + count + " polygons";
   if (static_cast<std::uint64_t>(summary.group_bytes) < n_bytes / 10) {
     return "no mesh recognised: the " + count + " polygons found are less than 10 % of the file";
   }
@@ -72,7 +75,21 @@ file_report report_of(const candidate& made) {
 judging_rule rule_for(const repair_way& way) {
   // On the detour colours are rounded, which moves them by up to three levels of 255.
   constexpr int detour_tolerance = 4;
-  return {way.detour ? detour_tolerance : 0, way.remove_mesh};
+  return {way.detour ? detour_tolerance : 0, way.remove_mesh, way.pdf && !way.detour};
+}
+
+/// In time limits of a single program: so long may the pages of all results be compared.
+constexpr int patience = 4;
+
+void add(const agreement& of_page, agreement& sum_of_all) {
+  sum_of_all.pixels += of_page.pixels;
+  sum_of_all.differing += of_page.differing;
+}
+
+void add(const hairline_counts& of_page, hairline_counts& sum_of_all) {
+  for (const auto count : {&hairline_counts::ghostscript, &hairline_counts::cairo}) {
+    if (of_page.*count) sum_of_all.*count = (sum_of_all.*count).value_or(0) + *(of_page.*count);
+  }
 }
 
 /// The choice among the results for one figure.
@@ -99,6 +116,7 @@ class repair_job {
   };
 
   void repair_all_ways();
+  void repair_in(const repair_way& way, std::ptrdiff_t n_first);
   std::optional<finding> best_result();
   std::optional<finding> best_without_culprits();
   std::optional<candidate> without_culprits(const near_miss& miss);
@@ -108,6 +126,10 @@ class repair_job {
   [[nodiscard]] bool interrupted() const {
     return gravest_ && gravest_->result == verdict::interrupted;
   }
+  [[nodiscard]] bool lost_patience() const {
+    return compares_since_ &&
+           std::chrono::steady_clock::now() - *compares_since_ > patience * options_.time_limit;
+  }
   template <class Step>
   bool reach(file_report& report, Step step);
 
@@ -116,6 +138,7 @@ class repair_job {
   std::vector<candidate> candidates_;  // the smallest first
   std::vector<near_miss> near_misses_;
   int tests_left_ = 64;  // of the search for culprits: each repairs and draws
+  std::optional<std::chrono::steady_clock::time_point> compares_since_;
   std::optional<file_report> gravest_;
 };
 
@@ -126,7 +149,8 @@ file_report repair_job::run() {
   if (best && reach(best->report, [&] { best->report.result = put_in_place(best->made); })) {
     return best->report;
   }
-  if (ways_to_try(options_, workshop_.input().kind).size() > 1 && !interrupted()) {
+  const file_kind kind = workshop_.input().kind;
+  if (kind != file_kind::pdf && ways_to_try(options_, kind).size() > 1 && !interrupted()) {
     gravest_->reason += "; no other way was better";
   }
   return *gravest_;
@@ -151,36 +175,50 @@ bool repair_job::reach(file_report& report, Step step) {
   }
 }
 
-/// Gathers what the ways lead to, each result once.
+/// Gathers what the ways lead to.
 void repair_job::repair_all_ways() {
   for (const repair_way& way : ways_to_try(options_, workshop_.input().kind)) {
-    file_report report;
-    report.way = way.name();
-    reach(report, [&] {
-      candidate made = workshop_.repair(way);
-      report = report_of(made);
-      check_gain(made);
-      const bool is_known = std::ranges::any_of(candidates_, [&](const candidate& other) {
-        return other.n_bytes == made.n_bytes && have_same_bytes(other.file, made.file);
-      });
-      if (!is_known) candidates_.push_back(std::move(made));
-    });
+    repair_in(way, 0);
     if (interrupted()) {
       candidates_.clear();
       return;
     }
   }
-  std::ranges::stable_sort(candidates_, {}, &candidate::n_bytes);
+}
+
+/// Adds what a way leads to, unless it is known, to those that are not among the first few.
+void repair_job::repair_in(const repair_way& way, std::ptrdiff_t n_first) {
+  file_report report;
+  report.way = way.name();
+  reach(report, [&] {
+    candidate made = workshop_.repair(way);
+    report = report_of(made);
+    check_gain(made);
+    const bool is_known = std::ranges::any_of(candidates_, [&](const candidate& other) {
+      return other.n_bytes == made.n_bytes && have_same_bytes(other.file, made.file);
+    });
+    if (is_known) return;
+    const auto larger = std::upper_bound(
+        candidates_.begin() + n_first, candidates_.end(), made.n_bytes,
+        [](std::uint64_t size, const candidate& other) { return size < other.n_bytes; });
+    candidates_.insert(larger, std::move(made));
+  });
 }
 
 /// The smallest of the results that show the same picture; where the mesh is to be closed the one
 /// with the fewest hairlines.
 std::optional<repair_job::finding> repair_job::best_result() {
   std::optional<finding> best;
-  for (const candidate& made : candidates_) {
+  for (std::size_t n = 0; n < candidates_.size(); ++n) {
+    const candidate made = candidates_[n];
     finding found{made, report_of(made)};
     if (!reach(found.report, [&] { compare(made, found.report); })) {
       if (interrupted()) return std::nullopt;
+      const std::optional<repair_way> more_careful = made.way.more_careful();
+      if (found.report.result == verdict::withheld && more_careful && !lost_patience()) {
+        repair_in(*more_careful, static_cast<std::ptrdiff_t>(n) + 1);
+        if (interrupted()) return std::nullopt;
+      }
       continue;
     }
     if (!options_.remove_mesh || !options_.verify) return found;
@@ -242,8 +280,8 @@ void repair_job::check_gain(const candidate& made) const {
   }
   if (options_.keep_all) return;
   const std::uint64_t n_bytes = workshop_.input().n_bytes;
-  if (made.summary.mergers == 0) {
-    throw dead_end{verdict::nothing_to_join, why_nothing_was_joined(made.summary, n_bytes)};
+  if (!made.is_gain) {
+    throw dead_end{verdict::nothing_to_join, why_nothing_was_joined(made, n_bytes)};
   }
   // Whether closing the mesh is worth its bytes the hairlines tell.
   if (made.n_bytes >= n_bytes && !made.way.remove_mesh) {
@@ -253,16 +291,32 @@ void repair_job::check_gain(const candidate& made) const {
 
 void repair_job::compare(const candidate& made, file_report& report) {
   if (!options_.verify) return;
-  appearance& input = workshop_.input_appearance();
-  appearance result = workshop_.appearance_of(made);
-  try {
-    report.picture = judge(input, result, rule_for(made.way));
-  } catch (const dead_end& end) {
-    if (end.place && made.summary.groups > 1) near_misses_.push_back({made, *end.place});
-    throw;
+  if (!compares_since_) compares_since_ = std::chrono::steady_clock::now();
+  const std::vector<page_view> pages = workshop_.pages_of(made);
+  if (pages.empty() && made.is_gain) {
+    throw dead_end{verdict::withheld, "what changed cannot be found"};
   }
-  report.hairlines_before = input.hairlines();
-  report.hairlines_after = result.hairlines();
+  agreement found;
+  for (const page_view& page : pages) {
+    if (lost_patience()) {
+      throw dead_end{verdict::withheld, "to compare " + std::to_string(pages.size()) +
+                                            " pages takes too long (see --time-limit)"};
+    }
+    appearance& input = workshop_.input_appearance(page);
+    appearance result = workshop_.appearance_of(made, page);
+    try {
+      add(judge(input, result, rule_for(made.way)), found);
+    } catch (dead_end& end) {
+      if (end.place && made.summary.groups > 1) near_misses_.push_back({made, *end.place});
+      if (pages.size() > 1 && end.result != verdict::interrupted) {
+        end.reason = "page " + std::to_string(page.number) + ": " + end.reason;
+      }
+      throw;
+    }
+    add(input.hairlines(), report.hairlines_before);
+    add(result.hairlines(), report.hairlines_after);
+  }
+  report.picture = in_words(found);
   const bool fewer = sum(report.hairlines_after) < sum(report.hairlines_before);
   if (!fewer && made.n_bytes >= workshop_.input().n_bytes && !options_.keep_all) {
     throw dead_end{verdict::not_kept, "the result is not smaller, and closes no hairlines"};

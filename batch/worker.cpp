@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <new>
 #include <utility>
 
+#include "batch/lines.h"
+#include "batch/pdf_worker.h"
 #include "postscript_path_queue.h"
 
 namespace trellion::batch {
@@ -34,12 +35,6 @@ constexpr std::array reasons = {
     std::pair("collapsed_path", end_reason::collapsed_path),
 };
 
-template <class Number>
-bool read_number(std::string_view text, Number& value) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc{} && end == text.data() + text.size();
-}
-
 /// "FIRST-LAST," for each.
 std::string text_of(const std::vector<group_range>& ranges) {
   std::string text;
@@ -62,17 +57,6 @@ bool read_ranges(std::string_view text, std::vector<group_range>& ranges) {
     text.remove_prefix(comma + 1);
   }
   return true;
-}
-
-/// Takes "NAME VALUE\n" off the text and returns the value; nothing when it does not begin so.
-std::optional<std::string_view> take_value(std::string_view& text, std::string_view name) {
-  const std::size_t end = text.find('\n');
-  std::string_view line = text.substr(0, end);
-  if (end == std::string_view::npos || !line.starts_with(name)) return std::nullopt;
-  line.remove_prefix(name.size());
-  if (!line.starts_with(' ')) return std::nullopt;
-  text.remove_prefix(end + 1);
-  return line.substr(1);
 }
 
 }  // namespace
@@ -159,12 +143,17 @@ repair_outcome work(const repair_request& request) {
 
 int run_worker(std::span<const char* const> arguments) {
   try {
-    const std::optional<repair_request> request = read_worker_arguments(arguments);
-    if (!request) throw run_error("the worker does not understand its arguments");
-    const repair_outcome outcome = work(*request);
     console_output standard_output;
     text_writer out(standard_output);
-    write_outcome(outcome, out);
+    if (const auto request = read_worker_arguments(arguments)) {
+      write_outcome(work(*request), out);
+    } else if (const auto pdf_request = read_pdf_worker_arguments(arguments)) {
+      write_outcome(work(*pdf_request), out);
+    } else if (const auto move = read_pdf_mover_arguments(arguments)) {
+      write_moved(move->source, move->result, move->by);
+    } else {
+      throw run_error("the worker does not understand its arguments");
+    }
     out.flush();
     return 0;
   } catch (const std::bad_alloc&) {
@@ -173,6 +162,12 @@ int run_worker(std::span<const char* const> arguments) {
     std::fprintf(stderr, "%s\n", error.what());
   }
   return 1;
+}
+
+bool is_worker(std::span<const char* const> arguments) {
+  return !arguments.empty() &&
+         (arguments[0] == worker_argument || arguments[0] == pdf_worker_argument ||
+          arguments[0] == pdf_mover_argument);
 }
 
 }  // namespace trellion::batch

@@ -43,6 +43,9 @@ std::optional<repair_outcome> read_outcome(std::string_view text);
 /// Repairs a file. The result is on disk, complete, when a summary comes back. Throws run_error.
 repair_outcome work(const repair_request& request);
 
+/// Whether the arguments after the program's name make it a worker, of either kind.
+bool is_worker(std::span<const char* const> arguments);
+
 /// The worker's main: the arguments after the program's name. Says why it failed on standard error.
 int run_worker(std::span<const char* const> arguments);
 

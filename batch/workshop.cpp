@@ -1,11 +1,15 @@
 #include "batch/workshop.h"
 
+#include <algorithm>
+#include <cmath>
 #include <exception>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "batch/inputs.h"
+#include "batch/pdf_support.h"
+#include "batch/pdf_worker.h"
 #include "batch/programs.h"
 #include "batch/worker.h"
 #include "files.h"
@@ -28,11 +32,25 @@ dead_end dead_end_of(const early_end& ended) {
 /// What is no EPS file is told by its name; what has no name may be a text that works all the same.
 void refuse_other_kinds(file_kind kind) {
   switch (kind) {
-    case file_kind::pdf: throw dead_end{verdict::failed, "it is a PDF file (try pdftops -eps)"};
+    case file_kind::pdf:
+      if (has_pdf) return;
+      throw dead_end{verdict::failed, "this trellion-batch was built without PDF"};
     case file_kind::gzip: throw dead_end{verdict::failed, "it is compressed (gunzip it)"};
     case file_kind::empty: throw dead_end{verdict::failed, "it is empty"};
     default: return;
   }
+}
+
+/// Said where a worker ended well and yet has not told all.
+constexpr const char* no_outcome = "the worker does not say what it did";
+
+page_frame frame_of_size(double width, double height) {
+  // No page is larger; what is empty is drawn as one that programs take for granted.
+  constexpr double most = 1e7;
+  const auto whole = [most](double points) {
+    return static_cast<std::int64_t>(std::ceil(std::clamp(points, 1.0, most)));
+  };
+  return {0, 0, whole(width), whole(height)};
 }
 
 }  // namespace
@@ -58,39 +76,90 @@ workshop::workshop(figure input, const batch_options& options, const process_run
 }
 
 candidate workshop::repair(const repair_way& way, const std::vector<group_range>& left_alone) {
-  const fs::path& source = source_of(way);
   // In a folder of its own the result has the name that messages are to tell.
   const fs::path folder = directory_ / std::to_string(++n_repairs_);
   fs::create_directory(folder);
-  const fs::path name = result_path(input_.file).filename();
+  return way.pdf ? repair_pdf(way, folder) : repair_text(way, folder, left_alone);
+}
 
-  std::vector<std::string> command =
-      worker_arguments({source, name, options_.merge_limit.value_or(0), way.min_separators,
-                        way.remove_mesh, left_alone});
-  command.insert(command.begin(), own_executable);
+candidate workshop::repair_text(const repair_way& way, const fs::path& folder,
+                                const std::vector<group_range>& left_alone) {
+  const fs::path& source = text_source(way);
+  const fs::path name = result_path(input_.file).filename();
+  const repair_request request{
+      source,          name,      options_.merge_limit.value_or(0), way.min_separators,
+      way.remove_mesh, left_alone};
+  const std::optional<repair_outcome> outcome =
+      read_outcome(work_on(source, folder, worker_arguments(request)));
+  if (!outcome) throw dead_end{verdict::failed, no_outcome};
+  if (const auto* early = std::get_if<early_end>(&*outcome)) throw dead_end_of(*early);
+  const auto& summary = std::get<repair_summary>(*outcome);
+  return {way, folder / name, fs::file_size(folder / name), summary, summary.mergers > 0, {}};
+}
+
+/// Of a PDF file, or of the PDF on a detour, which then leads back.
+candidate workshop::repair_pdf(const repair_way& way, const fs::path& folder) {
+  const fs::path& source = way.detour ? detour().pdf : input_.file;
+  const fs::path result = folder / result_path(input_.file).filename();
+  const fs::path repaired = way.detour ? folder / "detour.pdf" : result;
+  const pdf_request request{source, repaired.filename(), way.careful, way.remove_mesh};
+  const std::optional<pdf_outcome> outcome =
+      read_pdf_outcome(work_on(source, folder, worker_arguments(request)));
+  if (!outcome) throw dead_end{verdict::failed, no_outcome};
+  if (way.detour) return_from_detour(input_, programs_, repaired, result);
+
+  candidate made{way, result, fs::file_size(result), {}, outcome->streams_changed > 0, {}};
+  made.summary.polygons_read = outcome->polygons_read;
+  made.summary.polygons_left = outcome->polygons_left;
+  // What the detour saves by itself is no repair.
+  if (way.detour) made.is_gain = outcome->polygons_left < outcome->polygons_read;
+  for (const pdf::numbered_page& page : outcome->pages) {
+    if (!way.detour) made.pages.push_back({frame_of_size(page.width, page.height), page.number});
+  }
+  return made;
+}
+
+/// Runs this program as a worker on a source, and returns what it says.
+std::string workshop::work_on(const fs::path& source, const fs::path& folder,
+                              std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), own_executable);
   std::string said;
   const auto take = [&said](std::string_view bytes) {
-    constexpr std::size_t enough = 4096;
+    constexpr std::size_t enough = std::size_t{64} << 20;  // a line for every page of a book
     said += bytes;
     return said.size() < enough;
   };
   const std::uint64_t most_bytes = (std::uint64_t{64} << 20) + 4 * fs::file_size(source);
-  const child_result ended =
-      runner_.run(command, folder, take, {options_.time_limit, options_.memory_limit, most_bytes});
+  const child_result ended = runner_.run(arguments, folder, take,
+                                         {options_.time_limit, options_.memory_limit, most_bytes});
   if (ended.how == child_result::ending::interrupted) throw dead_end{verdict::interrupted, {}};
-  const std::optional<repair_outcome> outcome = read_outcome(said);
-  if (!ended.succeeded() || !outcome) throw dead_end{verdict::failed, ended.reason()};
-  if (const auto* early = std::get_if<early_end>(&*outcome)) throw dead_end_of(*early);
-  return {way, folder / name, fs::file_size(folder / name), std::get<repair_summary>(*outcome)};
+  if (!ended.succeeded()) throw dead_end{verdict::failed, ended.reason()};
+  return said;
 }
 
-appearance& workshop::input_appearance() {
-  if (!appearance_) appearance_.emplace(framed(input_.file, directory_ / "input.eps", frame()));
-  return *appearance_;
+std::vector<page_view> workshop::pages_of(const candidate& made) {
+  if (input_.kind == file_kind::pdf) return made.pages;
+  return {{frame()}};
 }
 
-appearance workshop::appearance_of(const candidate& made) {
-  return framed(made.file, made.file.parent_path() / "framed.eps", frame());
+appearance& workshop::input_appearance(const page_view& page) {
+  if (!appearance_ || appearance_->first != page) {
+    appearance_.emplace(page, view(input_.file, directory_ / "input", page));
+  }
+  return appearance_->second;
+}
+
+appearance workshop::appearance_of(const candidate& made, const page_view& page) {
+  return view(made.file, made.file.parent_path() / "framed", page);
+}
+
+/// The drawing programs want what they draw in their directory: there goes a copy, unless there is
+/// one. Its name is without the extension.
+appearance workshop::view(const fs::path& source, fs::path copy, const page_view& page) {
+  if (!page.is_pdf()) return framed(source, copy.replace_extension(".eps"), page.frame);
+  copy.replace_extension(".pdf");
+  if (!fs::exists(copy)) fs::copy_file(source, copy);
+  return {programs_, copy, page, resolutions_for(page.frame)};
 }
 
 appearance workshop::input_appearance(const page_part& part) {
@@ -105,11 +174,11 @@ appearance workshop::appearance_of(const candidate& made, const page_part& part)
 
 appearance workshop::framed(const fs::path& source, const fs::path& eps, const page_frame& part) {
   write_framed(source, part, eps);
-  return {programs_, eps, part, resolutions_for(frame())};
+  return {programs_, eps, {part}, resolutions_for(frame())};
 }
 
-const fs::path& workshop::source_of(const repair_way& way) {
-  if (way.detour) return detour();
+const fs::path& workshop::text_source(const repair_way& way) {
+  if (way.detour) return detour().eps;
   if (input_.kind == file_kind::dos_eps) {
     throw dead_end{verdict::withheld,
                    "it has a DOS preview header; --auto and --detour do without"};
@@ -117,15 +186,16 @@ const fs::path& workshop::source_of(const repair_way& way) {
   return input_.file;
 }
 
-const fs::path& workshop::detour() {
+const detour_files& workshop::detour() {
   if (!detour_) {
     try {
       // What draws page after page is found out here, before files are filled with it.
-      static_cast<void>(input_appearance().coarse());
-      const fs::path eps = directory_ / "detour" / input_.file.filename();
-      fs::create_directory(eps.parent_path());
-      take_detour(input_, programs_, eps.parent_path(), eps);
-      detour_ = eps;
+      static_cast<void>(input_appearance({frame()}).coarse());
+      const fs::path folder = directory_ / "detour";
+      const detour_files files{folder / "detour.pdf", folder / "figure" / input_.file.filename()};
+      fs::create_directories(files.eps.parent_path());
+      take_detour(input_, programs_, files.pdf, files.eps);
+      detour_ = files;
     } catch (const dead_end& end) {
       detour_ = end;
     } catch (const std::exception& error) {
@@ -133,7 +203,7 @@ const fs::path& workshop::detour() {
     }
   }
   if (const auto* end = std::get_if<dead_end>(&*detour_)) throw dead_end(*end);
-  return std::get<fs::path>(*detour_);
+  return std::get<detour_files>(*detour_);
 }
 
 /// The frame of the figure's box. A file without one is drawn to see where it would be.

@@ -37,7 +37,7 @@ class drawings : public ::testing::Test {
   std::string drawn(const std::string& text, const page_frame& frame) {
     directory.write("a.eps", framing_head(frame) + text);
     try {
-      picture = with.programs.draw(directory.path() / "a.eps", frame, 72, antialiasing::off);
+      picture = with.programs.draw(directory.path() / "a.eps", {frame}, 72, antialiasing::off);
       return "drawn";
     } catch (const dead_end& end) {
       return end.reason;
@@ -63,7 +63,7 @@ TEST_F(drawings, show_the_frame_wherever_it_is) {
   const std::filesystem::path pdf = directory.path() / "a.pdf";
   with.programs.to_pdf(directory.path() / "a.eps", frame, pdf);
   if (with.programs.can_draw_pdf()) {
-    EXPECT_EQ(with.programs.draw_pdf(pdf, 72, antialiasing::off).rgb, picture.rgb);
+    EXPECT_EQ(with.programs.draw_pdf(pdf, 1, 72, antialiasing::off).rgb, picture.rgb);
   }
   directory.write("b.eps", "%!PS\n" + square + "13 0 translate " + square + "showpage\n");
   const eps_page page = read_page(with.programs.box_comments_of(directory.path() / "b.eps"));

@@ -38,7 +38,7 @@ class figures : public ::testing::Test {
   }
   pixmap drawn(const std::string& name, const page_frame& frame) const {
     write_framed(directory.path() / name, frame, directory.path() / "drawn.eps");
-    return with.programs.draw(directory.path() / "drawn.eps", frame, 288, antialiasing::off);
+    return with.programs.draw(directory.path() / "drawn.eps", {frame}, 288, antialiasing::off);
   }
   /// Where a file puts its marks on a page far larger than itself.
   std::optional<bounding_box> marks_of(const std::string& name) const {
@@ -50,7 +50,8 @@ class figures : public ::testing::Test {
   void take_detour_to(const std::string& name, const figure& original) const {
     fs::remove_all(directory.path() / "way");
     fs::create_directory(directory.path() / "way");
-    take_detour(original, with.programs, directory.path() / "way", directory.path() / name);
+    take_detour(original, with.programs, directory.path() / "way/figure.pdf",
+                directory.path() / name);
   }
 
   scratch_directory directory;

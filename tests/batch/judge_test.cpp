@@ -48,7 +48,7 @@ class judging : public ::testing::Test {
     appearance input = appearance_of("input");
     appearance result = appearance_of("result");
     try {
-      const std::string words = judge(input, result, rule);
+      const std::string words = in_words(judge(input, result, rule));
       EXPECT_TRUE(shows_the_same(input, result, rule));
       return words;
     } catch (const dead_end& end) {
@@ -59,7 +59,7 @@ class judging : public ::testing::Test {
 
   [[nodiscard]] appearance appearance_of(const std::string& name) const {
     const page_frame frame{0, 0, 20, 20};  // drawn fine at 2400 dpi
-    return {with_.programs, directory.path() / name, frame, resolutions_for(frame)};
+    return {with_.programs, directory.path() / name, {frame}, resolutions_for(frame)};
   }
 
   scratch_directory directory;
@@ -82,6 +82,39 @@ TEST_F(judging, lets_rims_move_but_nothing_vanish) {
   look("input", plain, dot, plain);
   EXPECT_TRUE(judged(plain, plain, plain).starts_with(one));
   EXPECT_EQ(judged(plain, dot, plain), "same");
+}
+
+TEST_F(judging, counts_what_a_small_move_leaves_wrong) {
+  const judging_rule steady{0, false, true};
+  const rows dot = with(plain, 5, 5, 'k');
+  rows line = plain;
+  for (rows::size_type y = 0; y < line.size(); ++y) line[y][9] = 'k';
+  const auto look_moved = [this](const std::string& name, const rows& once, const rows& twice) {
+    // As the programs would have moved them.
+    directory.write(name + ".0.01_0.007.pdf", "");
+    directory.write(name + ".-0.007_0.01.pdf", "");
+    look(name + ".0.01_0.007.pdf", once, once, once);
+    look(name + ".-0.007_0.01.pdf", twice, twice, twice);
+  };
+  look_moved("input", plain, plain);
+  look_moved("result", dot, plain);
+  EXPECT_EQ(judged(dot, plain, plain, steady), "same but 0.10 %");
+  EXPECT_EQ(judged(plain, with(dot, 7, 7, 'k'), plain, steady), "same but 0.20 %");
+  EXPECT_TRUE(judged(dot, plain, plain).starts_with("few: "));
+  // Moved, it is seen beside its place.
+  look_moved("result", dot, with(plain, 6, 4, 'k'));
+  const std::string one = "few: the picture changed: the colour of 1 pixel ";
+  EXPECT_TRUE(judged(with(dot, 15, 15, 'k'), plain, plain, steady).starts_with(one));
+  // A line of one pixel is there in all of them; where it vanishes it is missed.
+  look("input", line, line, plain);
+  look_moved("input", line, line);
+  look_moved("result", plain, plain);
+  EXPECT_TRUE(judged(plain, line, plain, steady).starts_with("few: the picture changed"));
+  EXPECT_TRUE(judged(line, plain, plain, steady).starts_with("few: the picture changed"));
+  // What is moved to another size tells nothing.
+  look_moved("input", {"r.", ".."}, {"r.", ".."});
+  look_moved("result", {"r.", ".."}, {"r.", ".."});
+  EXPECT_TRUE(judged(plain, line, plain, steady).starts_with("few: the picture changed"));
 }
 
 TEST_F(judging, tells_few_places_from_many) {

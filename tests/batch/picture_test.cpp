@@ -67,6 +67,36 @@ TEST(picture, knows_how_many_wrong_pixels_touch) {
   EXPECT_EQ(together({"k.k...k..", "k.k.k.k..", ".k.k....k", "........k", "........k"}), 7);
 }
 
+TEST(picture, forgets_what_is_wrong_nowhere_else_or_in_too_short_a_row) {
+  const std::vector<std::string> none(5, ".........");
+  const pixmap before = drawing(none);
+  auto found = *compare(
+      before, drawing({"k.......k", ".k.......", "...kk....", ".k.......", "....k...."}), 0);
+  EXPECT_EQ(found.wrong, 7);
+  // All but the one in the corner are wrong beside these, and the two that touch become two groups.
+  keep_wrong_in(before, drawing({".........", "k........", "....k....", "k........", "........."}),
+                0, found);
+  const std::vector<batch::pixel_place> kept = {{0, 0}, {1, 1}, {3, 2}, {4, 2}, {1, 3}};
+  EXPECT_EQ(found.places, kept);
+  EXPECT_EQ(found.wrong, 5);
+  EXPECT_EQ(found.wrong_together, 2);
+  EXPECT_EQ(found.wrong_within, (pixel_box{0, 0, 5, 4}));
+  batch::picture_difference shorter = found;
+  keep_wrong_in_rows(3, shorter);
+  EXPECT_EQ(shorter.wrong, 0);
+  keep_wrong_in_rows(2, found);
+  EXPECT_EQ(found.wrong, 2);
+  EXPECT_EQ(found.wrong_within, (pixel_box{3, 2, 5, 3}));
+  keep_wrong_in(before, before, 0, found);
+  EXPECT_EQ(found.wrong, 0);
+  EXPECT_EQ(found.wrong_together, 0);
+  // Too many are not gone into.
+  const std::vector<std::string> page(400, std::string(400, '.'));
+  found = *compare(drawing(page), drawing(std::vector<std::string>(400, std::string(400, 'k'))), 0);
+  keep_wrong_in(drawing(page), drawing(page), 0, found);
+  EXPECT_EQ(found.wrong, 2 * 400 * 400);
+}
+
 TEST(picture, is_compared_within_the_tolerance_and_up_to_its_borders) {
   const pixmap g = drawing({"gg", "gg"});
   EXPECT_EQ(compare(g, drawing({"gh", "gg"}), 3)->wrong, 1);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "batch/pdf_support.h"
+
 namespace trellion::testing {
 namespace {
 
@@ -21,7 +23,8 @@ TEST(ways, are_those_that_the_options_ask_for) {
   options.detour = true;
   EXPECT_EQ(names(options), "[detour -s3]");
   options.min_separators.reset();
-  EXPECT_EQ(names(options), "[detour -s2][detour -s1]");
+  const std::string in_pdf = has_pdf ? "[detour pdf]" : "";
+  EXPECT_EQ(names(options), "[detour -s2][detour -s1]" + in_pdf);
 
   options.detour = false;
   options.auto_way = true;
@@ -29,8 +32,11 @@ TEST(ways, are_those_that_the_options_ask_for) {
   options.tools.gs = "/gs";
   EXPECT_EQ(names(options), "[-s2][-s1]");
   options.tools.pdftops = "/pdftops";
+  EXPECT_EQ(names(options), "[-s2][-s1][detour -s2][detour -s1]" + in_pdf);
+  EXPECT_EQ(names(options, file_kind::dos_eps), "[detour -s2][detour -s1]" + in_pdf);
+  options.merge_limit = 4;
   EXPECT_EQ(names(options), "[-s2][-s1][detour -s2][detour -s1]");
-  EXPECT_EQ(names(options, file_kind::dos_eps), "[detour -s2][detour -s1]");
+  EXPECT_EQ(names(options, file_kind::pdf), "[pdf]");
 }
 
 TEST(ways, come_without_closing_the_mesh_too_where_the_pictures_can_tell) {
@@ -39,6 +45,10 @@ TEST(ways, come_without_closing_the_mesh_too_where_the_pictures_can_tell) {
   EXPECT_EQ(names(options), "[-s2 -r]");
   options.verify = true;
   EXPECT_EQ(names(options), "[-s2 -r][-s2]");
+  EXPECT_EQ(names(options, file_kind::pdf), "[pdf --close][pdf]");
+  const repair_way closing = ways_to_try(options, file_kind::pdf).front();
+  EXPECT_EQ(closing.more_careful()->name(), "pdf --no-reorder --close");
+  EXPECT_FALSE(closing.more_careful()->more_careful());
 }
 
 }  // namespace
