@@ -83,6 +83,7 @@ std::vector<sharp_view> sharp_views(appearance& input, appearance& result,
     drawings.push_back({&appearance::cairo_fine, dpi.fine, 3});
   }
   std::vector<sharp_view> views;
+  views.reserve(drawings.size());
   for (const sharp_drawing& drawing : drawings) {
     views.push_back(compared(input, result, drawing, rule));
   }
