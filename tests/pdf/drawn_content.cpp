@@ -290,7 +290,8 @@ void drawn_content::paint_path(const std::string& name) {
   }
   if (strokes && !path_.empty() && settings_.close != closing::stroke) {
     const double half = to_number(values["w"]) * unit / 2;
-    const bool is_mitred = values["j"] == "0" && half > 2 * thin_;
+    const double mitre = half * std::max(1.0, to_number(values["M"]));
+    const bool is_mitred = values["j"] == "0" && mitre > 5 * thin_;
     const bool has_gaps = is_mitred || values["d"] != "[] 0";
     paint(
         values["G"] + ' ' + values["G="], "/CA",
