@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 namespace trellion {
@@ -37,14 +36,6 @@ struct stat status_of(const file_descriptor& file, const std::string& name) {
 }
 
 }  // namespace
-
-run_error system_failure(std::string_view what, const std::string& name, int error_number) {
-  return run_error("cannot " + std::string(what) + " '" + name +
-                   "': " + std::generic_category().message(error_number));
-}
-
-read_failure::read_failure(const std::string& name, int error_number)
-    : run_error(system_failure("read", name, error_number)), error_number_(error_number) {}
 
 file_descriptor::file_descriptor(file_descriptor&& other) noexcept : descriptor_(other.release()) {}
 
@@ -105,32 +96,6 @@ void console_output::write(std::string_view bytes) {
   if (failure_ != 0) return;
   failure_ = write_all(STDOUT_FILENO, bytes);
   if (failure_ != 0 && !keeps_going_) throw system_failure("write", "standard output", failure_);
-}
-
-text_writer::text_writer(byte_sink& sink)
-    : sink_(sink), buffer_(std::make_unique_for_overwrite<char[]>(capacity)) {}
-
-text_writer& text_writer::put(std::string_view text) {
-  if (text.size() > capacity - used_) {
-    flush();
-    if (text.size() >= capacity) {
-      sink_.write(text);
-      return *this;
-    }
-  }
-  text.copy(buffer_.get() + used_, text.size());
-  used_ += text.size();
-  return *this;
-}
-
-text_writer& text_writer::repeat(std::size_t count, char c) {
-  for (; count > 0; --count) put(c);
-  return *this;
-}
-
-void text_writer::flush() {
-  const std::size_t count = std::exchange(used_, 0);
-  if (count > 0) sink_.write({buffer_.get(), count});
 }
 
 bool file_exists(const std::string& name) {

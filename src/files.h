@@ -4,63 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "bytes.h"
+
 namespace trellion {
-
-/// The run cannot go on. `main` prints the text, which says what failed, for which file and why,
-/// on standard error and ends with status 2.
-class run_error : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Why a run ends early.
-enum class end_reason {
-  usage,           ///< the command line is not understood
-  missing_file,    ///< there is no input file of the name
-  no_operators,    ///< nothing draws two polygons in a row
-  no_safe_name,    ///< every name tried for the macro is taken
-  collapsed_path,  ///< two paths cancel each other out
-};
-
-/// The run ends early, its last words are on the console already, and the exit status is 0.
-struct early_end {
-  end_reason reason;
-};
-
-/// "cannot WHAT 'NAME': " and the system's reason for the error number.
-run_error system_failure(std::string_view what, const std::string& name, int error_number);
-
-/// A read that failed half way. The console has a text of its own for it, and its exit status is
-/// that of the texts there; `what` is for standard error.
-class read_failure : public run_error {
- public:
-  read_failure(const std::string& name, int error_number);
-
-  [[nodiscard]] int error_number() const { return error_number_; }
-
- private:
-  int error_number_;
-};
-
-/// Where bytes come from. `read` fills the buffer with at most `capacity` bytes and returns how
-/// many; 0 is the end. Throws read_failure.
-class byte_source {
- public:
-  virtual ~byte_source() = default;
-  virtual std::size_t read(char* buffer, std::size_t capacity) = 0;
-};
-
-/// Where bytes go. `write` takes all of them or throws.
-class byte_sink {
- public:
-  virtual ~byte_sink() = default;
-  virtual void write(std::string_view bytes) = 0;
-};
 
 /// An open file, closed with the object.
 class file_descriptor {
@@ -131,30 +80,6 @@ class console_output : public byte_sink {
  private:
   bool keeps_going_ = false;
   int failure_ = 0;
-};
-
-/// Gathers what is written and hands it to the sink in large pieces. Nothing is written at the end
-/// of its life: whoever owns it flushes it where a failure can be reported.
-class text_writer {
- public:
-  /// The sink must outlive the writer.
-  explicit text_writer(byte_sink& sink);
-
-  text_writer& put(char c) {
-    if (used_ == capacity) flush();
-    buffer_[used_++] = c;
-    return *this;
-  }
-  text_writer& put(std::string_view text);
-  /// The character `count` times.
-  text_writer& repeat(std::size_t count, char c);
-  void flush();
-
- private:
-  static constexpr std::size_t capacity = std::size_t{1} << 16;
-  byte_sink& sink_;
-  std::unique_ptr<char[]> buffer_;
-  std::size_t used_ = 0;
 };
 
 /// True unless the system says that there is no such file. A file that is there but out of reach

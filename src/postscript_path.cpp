@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "files.h"
 #include "param.h"
 #include "string_utils.h"
 

@@ -174,7 +174,8 @@ class group_repair {
 }  // namespace
 
 repair_summary repair(const run_settings& settings, byte_source& input, std::size_t expected_size,
-                      text_writer& console, text_writer& repaired) {
+                      text_writer& console, text_writer& repaired,
+                      const progress_report& tell_progress) {
   const file_text text = tokenize_file(input, expected_size, console);
   token_list list(text.view());
   purge_comments(list, repaired);
@@ -194,8 +195,11 @@ repair_summary repair(const run_settings& settings, byte_source& input, std::siz
 
   const path_operators output_operators = operators_to_write(operators, macro);
   repair_summary summary;
-  walk(list, operators, repaired,
-       group_repair(settings, output_operators, console, repaired, summary));
+  group_repair repair_group(settings, output_operators, console, repaired, summary);
+  walk(list, operators, repaired, [&](polygon_group& group) {
+    if (tell_progress) tell_progress(group.begin.n_bytes());
+    repair_group(group);
+  });
   return summary;
 }
 

@@ -2,8 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
-#include "files.h"
+#include "bytes.h"
 #include "settings.h"
 
 namespace trellion {
@@ -25,12 +26,16 @@ struct repair_summary {
   bool area_lost = false;
 };
 
+/// Is told before each group is joined how many bytes of the text are left, its own among them.
+using progress_report = std::function<void(std::size_t bytes_left)>;
+
 /// Reads a text to its end, joins the polygons of its groups and writes the repaired text; what is
 /// found and done goes to the console. `expected_size` (bytes, 0 when unknown) saves copying.
 /// Throws early_end when the console has said why the repair ends, coordinate_error for a number
 /// that cannot be a coordinate, and what the source and the writers throw. The writers are not
 /// flushed, and what was written until then stands.
 repair_summary repair(const run_settings& settings, byte_source& input, std::size_t expected_size,
-                      text_writer& console, text_writer& repaired);
+                      text_writer& console, text_writer& repaired,
+                      const progress_report& tell_progress = nullptr);
 
 }  // namespace trellion

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "files.h"
+#include "bytes.h"
 
 namespace trellion {
 

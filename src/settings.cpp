@@ -4,6 +4,7 @@
 #include <istream>
 #include <string_view>
 
+#include "files.h"
 #include "free_form.h"
 #include "param.h"
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "files.h"
+#include "bytes.h"
 #include "tokens.h"
 
 namespace trellion {

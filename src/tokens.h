@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "files.h"
+#include "bytes.h"
 #include "string_utils.h"
 
 namespace trellion {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "files.h"
+#include "bytes.h"
 #include "postscript_path_queue.h"
 
 namespace trellion {
