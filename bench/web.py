@@ -1,0 +1,85 @@
+"""Compares the WebAssembly module in Node with trellion itself on generated meshes.
+
+Seconds of wall time, each the least of all runs, which alternate; a run begins with its program's
+start. Memory is the largest resident set of the process as a multiple of the file's size, less
+that of a Node that does nothing.
+"""
+
+import argparse
+import os
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from measuring import Table, Tools, fail, list_of, positive, processor, ratio, repaired_path
+
+FAMILIES = ["contour", "one"]
+COLUMNS = [
+    ("mesh", 7),
+    ("polygons", 8),
+    ("MB", 6),
+    ("native s", 8),
+    ("wasm s", 8),
+    ("wasm / native", 8),
+    ("native memory", 8),
+    ("wasm memory", 8),
+]
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(prog="bench/web", description=__doc__.splitlines()[0])
+    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--package", required=True, help=argparse.SUPPRESS)
+    add = parser.add_argument
+    add("--sizes", type=list_of(positive), default=[10**5, 10**6], help="default 100000,1000000")
+    add("--families", type=list_of(str), default=FAMILIES, help="default contour,one")
+    add("--runs", type=positive, default=5, help="runs of each (default 5)")
+    return parser.parse_args()
+
+
+def run(*words):
+    """Seconds of wall time and resident bytes."""
+    start = time.perf_counter()
+    child = subprocess.Popen(words, stdout=subprocess.DEVNULL)
+    _, status, usage = os.wait4(child.pid, 0)
+    child.returncode = os.waitstatus_to_exitcode(status)
+    if child.returncode != 0:
+        fail(f"{words[0]} ended with status {child.returncode}")
+    return time.perf_counter() - start, usage.ru_maxrss * 1024
+
+
+def main():
+    options = parse_arguments()
+    tools = Tools(options.build)
+    command = ["node", Path(options.package) / "npm/cli.js"]
+    idle = run("node", "-e", "0")[1]
+    print(f"on {processor()}")
+    table = Table(COLUMNS)
+    with tempfile.TemporaryDirectory() as directory:
+        path = Path(directory) / "mesh.eps"
+        for family in options.families:
+            for size in options.sizes:
+                tools.make_mesh(family, size, path)
+                native, wasm = [], []
+                for _ in range(options.runs):
+                    native.append(run(tools.trellion, path))
+                    wasm.append(run(*command, path))
+                n_bytes = path.stat().st_size
+                seconds = [min(run[0] for run in runs) for runs in (native, wasm)]
+                memory = [max(run[1] for run in runs) for runs in (native, wasm)]
+                table.row([
+                    family,
+                    size,
+                    f"{n_bytes / 1e6:.1f}",
+                    f"{seconds[0]:.2f}",
+                    f"{seconds[1]:.2f}",
+                    ratio(seconds[1], seconds[0]),
+                    ratio(memory[0], n_bytes),
+                    ratio(memory[1] - idle, n_bytes),
+                ])
+                repaired_path(path).unlink()
+
+
+if __name__ == "__main__":
+    main()
