@@ -21,6 +21,23 @@ constexpr std::array<std::string_view, 4> box_names = {
 constexpr std::string_view dos_magic = "\xC5\xD0\xD3\xC6";
 constexpr std::size_t dos_head_size = 30;
 
+// How files begin that are taken for figures by mistake.
+constexpr std::array<std::pair<std::string_view, file_kind>, 11> other_kinds = {{
+    {"\x1F\x8B", file_kind::gzip},
+    {"BZh", file_kind::packed},
+    {"\xFD"
+     "7zXZ",
+     file_kind::packed},
+    {"\x28\xB5\x2F\xFD", file_kind::packed},
+    {"PK\x03\x04", file_kind::packed},
+    {"\x89PNG", file_kind::bitmap},
+    {"\xFF\xD8\xFF", file_kind::bitmap},
+    {"GIF8", file_kind::bitmap},
+    {"<?xml", file_kind::markup},
+    {"<svg", file_kind::markup},
+    {"<!DOCTYPE", file_kind::markup},
+}};
+
 /// A number in the head of a dos_eps: four bytes, the lowest first.
 std::size_t number_at(std::string_view head, std::size_t position) {
   std::size_t value = 0;
@@ -155,7 +172,9 @@ file_kind kind_of(std::string_view file) {
   if (file.empty()) return file_kind::empty;
   if (file.starts_with(dos_magic)) return file_kind::dos_eps;
   if (file.starts_with("%PDF")) return file_kind::pdf;
-  if (file.starts_with("\x1F\x8B")) return file_kind::gzip;
+  for (const auto& [begin, kind] : other_kinds) {
+    if (file.starts_with(begin)) return kind;
+  }
   if (without_end_of_transmission(file).starts_with("%!")) return file_kind::eps;
   // Readers look for it that far.
   const bool is_pdf = file.substr(0, 1024).find("%PDF-") != std::string_view::npos;

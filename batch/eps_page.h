@@ -14,6 +14,9 @@ enum class file_kind : std::uint8_t {
   dos_eps,  ///< PostScript after a binary head, together with a preview of the picture
   pdf,
   gzip,
+  packed,  ///< in another way
+  bitmap,
+  markup,  ///< SVG, say
   empty,
   other
 };

@@ -6,7 +6,9 @@
 #include "batch/detour.h"
 #include "batch/inputs.h"
 #include "batch/prolog.h"
+#include "batch/whole_file.h"
 #include "files.h"
+#include "report.h"
 
 namespace trellion::batch {
 namespace {
@@ -15,28 +17,6 @@ namespace fs = std::filesystem;
 
 /// No figure is worth more memory than that, in each of the jobs.
 constexpr std::uint64_t largest_text = std::uint64_t{2} << 30;
-
-/// The bytes of a file. Throws run_error, also when there are more than `most`.
-std::string read_whole(const fs::path& path, std::uint64_t most = SIZE_MAX) {
-  input_file file(path);
-  std::string text;
-  std::size_t size = 0;
-  text.resize(file.expected_size() + 1);
-  while (const std::size_t count = file.read(text.data() + size, text.size() - size)) {
-    size += count;
-    if (size > most) throw run_error("'" + path.string() + "' is too large");
-    if (size == text.size()) text.resize(2 * size);
-  }
-  text.resize(size);
-  return text;
-}
-
-void write_whole(const fs::path& path, std::string_view head, std::string_view text) {
-  output_file file(path, output_file::mode::replace);
-  file.write(head);
-  file.write(text);
-  file.close();
-}
 
 std::string converted_to_eps(const fs::path& pdf, const drawing_programs& programs) {
   const fs::path eps = fs::path(pdf).replace_extension(".eps");
@@ -53,12 +33,29 @@ page_frame detour_frame(const figure& original) {
   return frame_of(*original.page.box, margin);
 }
 
-/// Writes what pdftops has made of the detour's PDF as the figure that it was.
-void write_detoured(std::string_view text, const figure& original, const fs::path& eps) {
+/// The comment that tells a result from other files.
+std::string processing_line() {
+  struct : byte_sink {
+    void write(std::string_view more) override { bytes += more; }
+    std::string bytes;
+  } line;
+  text_writer writer(line);
+  write_processing_line(0, writer);
+  writer.flush();
+  return line.bytes;
+}
+
+/// Writes what pdftops has made of the detour's PDF as the figure that it was. `last_comment` ends
+/// its header.
+void write_detoured(std::string_view text, const figure& original, const fs::path& eps,
+                    std::string_view last_comment = "") {
   if (is_one_bitmap(text)) {
-    throw dead_end{verdict::not_kept, "the detour makes one bitmap of the page"};
+    throw dead_end{verdict::not_kept,
+                   "the detour makes one bitmap of the page, on which something is transparent"};
   }
-  const std::string whole = with_page_of(text, original.page, detour_frame(original));
+  std::string whole = with_page_of(text, original.page, detour_frame(original));
+  constexpr std::string_view end_of_header = "\n%%EndComments\n";
+  whole.insert(whole.find(end_of_header) + end_of_header.size(), last_comment);
   write_whole(eps, "", without_unused_definitions(whole));
 }
 
@@ -78,7 +75,8 @@ figure look_at(const fs::path& file) {
           static_cast<mode_t>(status.permissions()),
           written,
           kind,
-          kind == file_kind::pdf ? eps_page() : read_page(postscript(text))};
+          kind == file_kind::pdf ? eps_page() : read_page(postscript(text)),
+          kind != file_kind::pdf && is_one_bitmap(postscript(text))};
 }
 
 bool is_unchanged(const figure& looked_at) {
@@ -108,7 +106,7 @@ void take_detour(const figure& original, const drawing_programs& programs, const
 
 void return_from_detour(const figure& original, const drawing_programs& programs,
                         const fs::path& pdf, const fs::path& eps) {
-  write_detoured(converted_to_eps(pdf, programs), original, eps);
+  write_detoured(converted_to_eps(pdf, programs), original, eps, processing_line());
 }
 
 }  // namespace trellion::batch

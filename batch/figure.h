@@ -20,6 +20,7 @@ struct figure {
   std::filesystem::file_time_type written;
   file_kind kind{};
   eps_page page;
+  bool is_one_bitmap = false;  ///< by pdftops, of a page with something transparent
 };
 
 /// Looks at a file. Throws run_error when it is no regular file that can be read.
@@ -39,7 +40,8 @@ void write_framed(const std::filesystem::path& source, const page_frame& frame,
 void take_detour(const figure& original, const drawing_programs& programs,
                  const std::filesystem::path& pdf, const std::filesystem::path& eps);
 
-/// The way back alone, from a repaired PDF file of the detour. Throws as above.
+/// The way back alone, from a repaired PDF file of the detour, with the comment of a result. Throws
+/// as above.
 void return_from_detour(const figure& original, const drawing_programs& programs,
                         const std::filesystem::path& pdf, const std::filesystem::path& eps);
 

@@ -6,14 +6,16 @@ namespace {
 int gravity(verdict result) {
   switch (result) {
     case verdict::written: return 0;
-    case verdict::exists: return 1;
-    case verdict::nothing_to_join: return 2;
-    case verdict::not_kept: return 3;
-    case verdict::withheld: return 4;
-    case verdict::failed: return 5;
-    case verdict::interrupted: return 6;
+    case verdict::possible: return 1;
+    case verdict::exists: return 2;
+    case verdict::skipped: return 3;
+    case verdict::nothing_to_join: return 4;
+    case verdict::not_kept: return 5;
+    case verdict::withheld: return 6;
+    case verdict::failed: return 7;
+    case verdict::interrupted: return 8;
   }
-  return 7;
+  return 9;
 }
 
 }  // namespace
@@ -21,7 +23,9 @@ int gravity(verdict result) {
 bool is_good(verdict result) {
   switch (result) {
     case verdict::written:
+    case verdict::possible:
     case verdict::exists:
+    case verdict::skipped:
     case verdict::nothing_to_join:
     case verdict::not_kept: return true;
     case verdict::withheld:

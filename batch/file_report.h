@@ -10,7 +10,9 @@ namespace trellion::batch {
 /// What became of a file.
 enum class verdict {
   written,          ///< the result is in its place
+  possible,         ///< the result could be kept, but nothing is to be written
   exists,           ///< there is a result already
+  skipped,          ///< it is a result itself
   nothing_to_join,  ///< no polygons, or none that share an edge
   not_kept,         ///< the result is no gain
   withheld,         ///< the result shows another picture, or none
@@ -46,7 +48,8 @@ struct file_report {
   hairline_counts hairlines_before;
   hairline_counts hairlines_after;
   double seconds = 0;
-  std::string reason;  ///< why there is no result
+  std::string reason;       ///< why there is no result
+  std::string earlier_row;  ///< of the report that told when the result was written; mostly empty
 };
 
 /// A part of a page, in points from its left and upper edges, as pictures count; PostScript counts

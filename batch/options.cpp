@@ -20,6 +20,10 @@ constexpr const char* description =
     "and shows the same picture. FILE_r.eps is written beside FILE.eps, FILE_r.pdf beside "
     "FILE.pdf;\nno input is changed.";
 
+/// What follows a mistake.
+constexpr const char* hint =
+    " (for example: trellion-batch --auto FOLDER, or -m6 -s1 FILE.eps; --help tells more)";
+
 constexpr const char* epilogue =
     "Exit status: 0 all good, 1 something failed or was withheld or there was nothing to work on,\n"
     "2 a mistake on the command line or a program is missing.";
@@ -29,10 +33,21 @@ constexpr const char* epilogue =
   throw early_exit{2};
 }
 
+constexpr const char* ghostscript = "gs (package ghostscript)";
+
+/// The programs that a detour lacks, with the packages that have them.
+std::string missing_for_detours(const programs& tools) {
+  std::string names;
+  if (!tools.gs) names = ghostscript;
+  if (!tools.gs && !tools.pdftops) names += " and ";
+  if (!tools.pdftops) names += "pdftops (package poppler-utils)";
+  return names;
+}
+
 void find_programs(batch_options& options) {
   options.tools = {find_program("gs"), find_program("pdftops"), find_program("pdftocairo")};
   if (options.detour && !options.tools.can_take_detours()) {
-    refuse("--detour needs gs (Ghostscript) and pdftops (poppler-utils) in PATH");
+    refuse("--detour needs " + missing_for_detours(options.tools) + " in PATH");
   }
 }
 
@@ -47,6 +62,15 @@ void check_report_name(const std::filesystem::path& report) {
   refuse("--report '" + report.string() + "' is the name of a figure: name a file for the report");
 }
 
+/// "-" stands for one figure that comes and goes by itself.
+void check_filter(const batch_options& options) {
+  if (std::ranges::find(options.inputs, "-") == options.inputs.end()) return;
+  if (options.inputs.size() > 1 || !options.files_from.empty()) refuse("- goes with no other file");
+  if (options.dry_run || !options.output_directory.empty()) {
+    refuse("- is written to standard output: --dry-run and --output-dir mean nothing");
+  }
+}
+
 }  // namespace
 
 batch_options parse_options(int argc, const char* const* argv) {
@@ -58,7 +82,8 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.get_formatter()->column_width(24);
   app.set_version_flag("--version", "trellion-batch " TRELLION_VERSION);
   app.add_option("FILE|FOLDER", options.inputs,
-                 "EPS and PDF files, and folders with such files at any depth")
+                 "EPS and PDF files, and folders with such files at any depth; - alone repairs "
+                 "standard input to standard output")
       ->type_name("");
   const auto add_number = [&app](const char* name, auto& value, int least, int most,
                                  const char* unit, const char* text) {
@@ -71,9 +96,9 @@ batch_options parse_options(int argc, const char* const* argv) {
   int megabytes = static_cast<int>(options.memory_limit >> 20);
 
   add_number("-m", options.merge_limit, 0, INT32_MAX, "J",
-             "As in trellion: only polygons of J points or fewer");
+             "As in trellion: only polygons of J points or fewer, as in -m6");
   add_number("-s", options.min_separators, 1, INT32_MAX, "P",
-             "As in trellion: P operators or more between polygons");
+             "As in trellion: P operators or more between polygons, as in -s1");
   app.add_flag("-r", options.remove_mesh, "As in trellion: close the hairlines between polygons");
   app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, keep the best result");
   app.add_flag("--detour", options.detour,
@@ -91,29 +116,44 @@ batch_options parse_options(int argc, const char* const* argv) {
       ->type_name("FILE");
   app.add_flag("--hairlines", options.show_hairlines,
                "Show the pixels of hairlines before and after in the table");
+  app.add_option("--output-dir", options.output_directory,
+                 "Write the results there, under the names of their figures")
+      ->type_name("FOLDER");
+  app.add_option("--files-from", options.files_from,
+                 "Take the files that are named there, one in a line or with NUL after each; - is "
+                 "standard input")
+      ->type_name("FILE");
+  app.add_flag("-n,--dry-run", options.dry_run,
+               "Do all the work, but write no result: the table tells what would be");
   app.add_flag("-q,--quiet", options.quiet, "No progress");
 
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
     if (end.get_exit_code() == 0) throw early_exit{app.exit(end)};  // help or version
-    refuse(std::string(end.what()) + " (--help tells more)");
+    refuse(end.what() + std::string(hint));
   }
   options.time_limit = std::chrono::seconds(seconds);
   options.memory_limit = static_cast<std::uint64_t>(megabytes) << 20;
-  if (options.inputs.empty()) refuse("no file and no folder is named (--help tells more)");
+  if (options.inputs.empty() && options.files_from.empty())
+    refuse(std::string("no file and no folder is named") + hint);
 
   if (options.auto_way && options.detour) refuse("--auto and --detour exclude each other");
   if (options.auto_way && options.min_separators) refuse("--auto and -s exclude each other");
   if (options.verify && no_verify) refuse("--verify and --no-verify exclude each other");
   check_report_name(options.report);
+  check_filter(options);
   find_programs(options);
   if (!no_verify && options.tools.gs) options.verify = true;
-  if (!no_verify && !options.verify) complain("without gs (Ghostscript) pictures are not compared");
-  if (options.auto_way && !(options.tools.gs && options.tools.pdftops)) {
-    complain("without gs and pdftops --auto takes no detour");
+  if (!no_verify && !options.verify) {
+    complain(std::string("without ") + ghostscript + " pictures are not compared");
   }
-  if (options.verify && !options.tools.gs) refuse("--verify needs gs (Ghostscript) in PATH");
+  if (options.auto_way && !options.tools.can_take_detours()) {
+    complain("without " + missing_for_detours(options.tools) + " --auto takes no detour");
+  }
+  if (options.verify && !options.tools.gs) {
+    refuse(std::string("--verify needs ") + ghostscript + " in PATH");
+  }
   return options;
 }
 

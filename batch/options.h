@@ -26,7 +26,8 @@ struct batch_options {
   bool remove_mesh = false;
   bool auto_way = false;  ///< try all ways and take the best
   bool detour = false;
-  bool replace = false;   ///< existing results
+  bool replace = false;   ///< existing results of ours
+  bool dry_run = false;   ///< nothing is written but the report
   bool keep_all = false;  ///< results that are not smaller, or with nothing joined
   bool verify = false;
   bool show_hairlines = false;  ///< in the table
@@ -34,8 +35,13 @@ struct batch_options {
   unsigned jobs = 1;
   std::chrono::seconds time_limit{300};                 ///< for each child process
   std::uint64_t memory_limit = std::uint64_t{4} << 30;  ///< bytes, for each child process
+  std::filesystem::path files_from;                     ///< empty for none, "-" for standard input
+  std::filesystem::path output_directory;               ///< empty: results go beside figures
   std::filesystem::path report;                         ///< empty for none
   programs tools;
+
+  /// Whether one figure goes from standard input to standard output.
+  [[nodiscard]] bool is_filter() const { return inputs.size() == 1 && inputs.front() == "-"; }
 };
 
 /// Ends the program: with help or version on standard output and status 0, or with a line about a

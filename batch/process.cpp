@@ -118,7 +118,7 @@ bool tells_of_memory(std::string_view line) {
 
 std::string child_result::reason() const {
   switch (how) {
-    case ending::timed_out: return "takes too long (--time-limit)";
+    case ending::timed_out: return "takes too long (--time-limit SECONDS allows more)";
     case ending::interrupted: return "interrupted";
     case ending::stopped: return "writes more than expected";
     case ending::killed:
@@ -127,7 +127,7 @@ std::string child_result::reason() const {
     case ending::exited: break;
   }
   const std::string_view line = most_telling_line(messages);
-  if (tells_of_memory(line)) return "needs too much memory";
+  if (tells_of_memory(line)) return "needs too much memory (--memory-limit MB allows more)";
   if (!line.empty()) return std::string(line);
   return (how == ending::killed ? "killed by signal " : "exit status ") + std::to_string(status);
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "batch/culprits.h"
+#include "batch/earlier_result.h"
 #include "batch/inputs.h"
 #include "batch/judge.h"
 #include "batch/placing.h"
@@ -29,9 +30,14 @@ bool have_same_bytes(const fs::path& a, const fs::path& b) {
   return std::equal(at(bytes_of_a), at(), at(bytes_of_b), at());
 }
 
-bool is_there(const fs::path& file) {
-  std::error_code ignored;
-  return fs::exists(fs::symlink_status(file, ignored));
+/// Whether a result is to be made, given what is in its place.
+bool is_to_be_made(earlier_result earlier, const fs::path& place, const batch_options& options) {
+  if (earlier == earlier_result::not_ours) {
+    throw dead_end{verdict::failed,
+                   "'" + place.filename().string() +
+                       "' is no result of ours, and stays (--output-dir gets past it)"};
+  }
+  return earlier != earlier_result::complete || options.replace;
 }
 
 bool is_older(const fs::path& result, const fs::path& input) {
@@ -72,6 +78,14 @@ file_report report_of(const candidate& made) {
   return report;
 }
 
+/// Numbers of what was thrown away mean nothing to anybody.
+void forget_attempt(file_report& report) {
+  file_report left;
+  left.result = report.result;
+  left.reason = std::move(report.reason);
+  report = std::move(left);
+}
+
 judging_rule rule_for(const repair_way& way) {
   // On the detour colours are rounded, which moves them by up to three levels of 255.
   constexpr int detour_tolerance = 4;
@@ -95,8 +109,9 @@ void add(const hairline_counts& of_page, hairline_counts& sum_of_all) {
 /// The choice among the results for one figure.
 class repair_job {
  public:
-  repair_job(figure input, const batch_options& options, const process_runner& runner)
-      : options_(options), workshop_(std::move(input), options, runner) {}
+  repair_job(figure input, fs::path result, const batch_options& options,
+             const process_runner& runner)
+      : options_(options), workshop_(std::move(input), std::move(result), options, runner) {}
 
   /// Tries all ways and puts the best result in its place. Where there is none the gravest end is
   /// reported.
@@ -299,8 +314,9 @@ void repair_job::compare(const candidate& made, file_report& report) {
   agreement found;
   for (const page_view& page : pages) {
     if (lost_patience()) {
-      throw dead_end{verdict::withheld, "to compare " + std::to_string(pages.size()) +
-                                            " pages takes too long (see --time-limit)"};
+      throw dead_end{verdict::withheld,
+                     "to compare " + std::to_string(pages.size()) +
+                         " pages takes too long (--time-limit SECONDS allows more)"};
     }
     appearance& input = workshop_.input_appearance(page);
     appearance result = workshop_.appearance_of(made, page);
@@ -327,29 +343,38 @@ verdict repair_job::put_in_place(const candidate& best) const {
   if (!is_unchanged(workshop_.input())) {
     throw dead_end{verdict::failed, "the figure was changed while it was repaired"};
   }
-  const bool placed = place(best.file, result_path(workshop_.input().file), workshop_.input().mode,
-                            options_.replace ? existing_file::replace : existing_file::keep);
+  if (options_.dry_run) return verdict::possible;
+  const fs::path& result = workshop_.result();
+  const earlier_result earlier = look_for_result(result, workshop_.input().file);
+  const bool may_replace = is_to_be_made(earlier, result, options_);
+  if (!may_replace) return verdict::exists;
+  const bool placed =
+      place(best.file, result, workshop_.input().mode,
+            earlier == earlier_result::none ? existing_file::keep : existing_file::replace);
   return placed ? verdict::written : verdict::exists;
 }
 
 }  // namespace
 
-file_report repair_file(const fs::path& file, const batch_options& options,
+file_report repair_file(const work_item& item, const batch_options& options,
                         const process_runner& runner) {
   const auto start = std::chrono::steady_clock::now();
   file_report report;
   std::optional<std::int64_t> n_bytes;
+  earlier_result earlier = earlier_result::none;
   const auto end_with = [&report](const dead_end& end) {
     report.result = end.result;
     report.reason = end.reason;
   };
   try {
-    figure input = look_at(file);
+    if (!item.refusal.empty()) throw dead_end{verdict::failed, item.refusal};
+    figure input = look_at(item.file);
     n_bytes = static_cast<std::int64_t>(input.n_bytes);
-    if (!options.replace && is_there(result_path(file))) {
-      report.result = verdict::exists;
+    earlier = look_for_result(item.result, item.file);
+    if (is_to_be_made(earlier, item.result, options)) {
+      report = repair_job(std::move(input), item.result, options, runner).run();
     } else {
-      report = repair_job(std::move(input), options, runner).run();
+      report.result = verdict::exists;
     }
   } catch (const dead_end& end) {
     end_with(end);
@@ -357,10 +382,15 @@ file_report repair_file(const fs::path& file, const batch_options& options,
     end_with(dead_end_of(error));
   }
   if (report.result == verdict::exists) {
-    report.reason = is_older(result_path(file), file) ? "older than the figure; -f replaces it"
-                                                      : "-f replaces it";
+    report.reason = is_older(item.result, item.file) ? "older than the figure; -f replaces it"
+                                                     : "-f replaces it";
+    report.bytes_after = static_cast<std::int64_t>(file_size(item.result));
   }
-  report.file = file;
+  if (report.result == verdict::nothing_to_join) forget_attempt(report);
+  if (earlier == earlier_result::unfinished && report.result != verdict::written) {
+    report.reason += "; '" + item.result.filename().string() + "' is unfinished: remove it";
+  }
+  report.file = item.file;
   report.bytes_before = n_bytes;
   report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return report;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -15,7 +16,9 @@ namespace {
 std::string_view name_of(verdict result) {
   switch (result) {
     case verdict::written: return "written";
+    case verdict::possible: return "would be written";
     case verdict::exists: return "exists";
+    case verdict::skipped: return "skipped";
     case verdict::nothing_to_join: return "nothing to join";
     case verdict::not_kept: return "not kept";
     case verdict::withheld: return "WITHHELD";
@@ -48,20 +51,31 @@ struct column {
   bool is_numeric;
 };
 
+/// Those that can be wide come last, so that a terminal shows the others.
 std::vector<column> columns_of_table(bool with_hairlines) {
-  std::vector<column> columns = {{"file", false},   {"way", false},  {"polygons", true},
-                                 {"after", true},   {"bytes", true}, {"after", true},
-                                 {"picture", false}};
+  std::vector<column> columns = {{"file", false}, {"result", false}, {"saved", true},
+                                 {"bytes", true}, {"after", true},   {"polygons", true},
+                                 {"after", true}, {"seconds", true}};
   if (with_hairlines) columns.insert(columns.end(), {{"hairlines", true}, {"after", true}});
-  columns.insert(columns.end(), {{"seconds", true}, {"result", false}});
+  columns.insert(columns.end(), {{"way", false}, {"picture", false}});
   return columns;
+}
+
+/// The longest of the texts in each column. What a row of two fields says goes on to its end.
+std::vector<std::size_t> widths_of(const std::vector<table_row>& rows) {
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const table_row& row : rows) {
+    const std::size_t n_fields = row.size() == 2 ? 1 : row.size();
+    for (std::size_t i = 0; i < n_fields; ++i) widths[i] = std::max(widths[i], width_of(row[i]));
+  }
+  return widths;
 }
 
 void write_row(const table_row& row, const std::vector<column>& columns,
                const std::vector<std::size_t>& widths, text_writer& out) {
   std::string line;
   for (std::size_t i = 0; i < row.size(); ++i) {
-    const std::size_t padding = widths[i] - width_of(row[i]);
+    const std::size_t padding = widths[i] - std::min(widths[i], width_of(row[i]));
     if (i > 0) line += "  ";
     if (columns[i].is_numeric) line.append(padding, ' ');
     line += row[i];
@@ -70,38 +84,70 @@ void write_row(const table_row& row, const std::vector<column>& columns,
   out.put(std::string_view(line).substr(0, line.find_last_not_of(' ') + 1)).put(nl);
 }
 
-/// A row of the table, for a file or for the totals.
-table_row row_of(const file_report& report, std::string first, std::string last,
+bool has_result(const file_report& report) {
+  return report.result == verdict::written || report.result == verdict::possible ||
+         report.result == verdict::exists;
+}
+
+/// A row of the table, for a result or for the totals.
+table_row row_of(const file_report& report, std::string file, std::string result,
                  bool with_hairlines) {
-  table_row row = {std::move(first),
-                   report.way,
-                   count_text(report.polygons_before),
-                   count_text(report.polygons_after),
+  table_row row = {std::move(file),
+                   std::move(result),
+                   saved_text(report),
                    count_text(report.bytes_before),
                    count_text(report.bytes_after),
-                   report.picture};
+                   count_text(report.polygons_before),
+                   count_text(report.polygons_after),
+                   seconds_text(report.seconds)};
   if (with_hairlines) {
     row.push_back(hairlines_text(report.hairlines_before));
     row.push_back(hairlines_text(report.hairlines_after));
   }
-  row.push_back(seconds_text(report.seconds));
-  row.push_back(std::move(last));
+  row.push_back(report.way);
+  row.push_back(report.picture);
   return row;
 }
 
-/// What the written results sum up to.
+/// Of a file without a result the row says why, and has no numbers.
+table_row row_of(const file_report& report, bool with_hairlines) {
+  std::string file = printable(report.file.native());
+  if (!has_result(report)) return {std::move(file), in_words(report)};
+  table_row row =
+      row_of(report, std::move(file), std::string(name_of(report.result)), with_hairlines);
+  if (!report.reason.empty()) row.back() = printable(report.reason);
+  return row;
+}
+
+/// What the results sum up to. What none of them knows is unknown.
 file_report total_of(const std::vector<file_report>& reports) {
+  using number = std::optional<std::int64_t> file_report::*;
   file_report total;
-  total.polygons_before = total.polygons_after = total.bytes_before = total.bytes_after = 0;
   for (const file_report& report : reports) {
     total.seconds += report.seconds;
-    if (report.result != verdict::written) continue;
-    *total.polygons_before += report.polygons_before.value_or(0);
-    *total.polygons_after += report.polygons_after.value_or(0);
-    *total.bytes_before += report.bytes_before.value_or(0);
-    *total.bytes_after += report.bytes_after.value_or(0);
+    if (!has_result(report)) continue;
+    for (const number n : {&file_report::polygons_before, &file_report::polygons_after,
+                           &file_report::bytes_before, &file_report::bytes_after}) {
+      if (report.*n) total.*n = (total.*n).value_or(0) + *(report.*n);
+    }
   }
   return total;
+}
+
+/// "5 files: 3 written, 2 FAILED"
+std::string tally_of(const std::vector<file_report>& reports) {
+  std::map<std::string_view, std::int64_t> counts;
+  for (const file_report& report : reports) ++counts[name_of(report.result)];
+  std::string tally = std::to_string(reports.size()) + (reports.size() == 1 ? " file" : " files");
+  const char* separator = ": ";
+  for (const file_report& report : reports) {
+    const auto found = counts.find(name_of(report.result));
+    if (found == counts.end()) continue;
+    tally += separator + std::to_string(found->second) + ' ' + std::string(found->first);
+    separator = ", ";
+    counts.erase(found);
+  }
+  return tally;
 }
 
 }  // namespace
@@ -112,35 +158,35 @@ std::string in_words(const file_report& report) {
   return printable(words);
 }
 
+std::string saved_text(const file_report& report) {
+  if (report.bytes_before.value_or(0) <= 0 || !report.bytes_after) return "";
+  const auto before = static_cast<double>(*report.bytes_before);
+  constexpr double percent = 100;
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%.1f %%",
+                percent * (before - static_cast<double>(*report.bytes_after)) / before);
+  return text.data();
+}
+
 void write_table(const std::vector<file_report>& reports, bool with_hairlines, text_writer& out) {
   const std::vector<column> columns = columns_of_table(with_hairlines);
   std::vector<table_row> rows(1);
   for (const column& c : columns) rows.front().emplace_back(c.heading);
-  for (const file_report& report : reports) {
-    rows.push_back(
-        row_of(report, printable(report.file.native()), in_words(report), with_hairlines));
-  }
-  const auto n_written = std::ranges::count(reports, verdict::written, &file_report::result);
-  rows.push_back(
-      row_of(total_of(reports),
-             "written: " + std::to_string(n_written) + " of " + std::to_string(reports.size()), "",
-             with_hairlines));
+  for (const file_report& report : reports) rows.push_back(row_of(report, with_hairlines));
+  rows.push_back(row_of(total_of(reports), "all results", "", with_hairlines));
 
-  std::vector<std::size_t> widths(columns.size());
-  for (const table_row& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width_of(row[i]));
-  }
+  const std::vector<std::size_t> widths = widths_of(rows);
   for (const table_row& row : rows) write_row(row, columns, widths, out);
+  out.put(tally_of(reports)).put(nl);
 }
 
 void write_tsv(const std::vector<file_report>& reports, text_writer& out) {
-  out.put(report_begin)
-      .put(
-          "way\tpolygons_before\tpolygons_after\tbytes_before\tbytes_after\tpicture\t"
-          "seconds\treason\thairlines_gs_before\thairlines_gs_after\thairlines_cairo_before\t"
-          "hairlines_cairo_after")
-      .put(nl);
+  out.put(report_headings).put(nl);
   for (const file_report& report : reports) {
+    if (!report.earlier_row.empty()) {
+      out.put(report.earlier_row).put(nl);
+      continue;
+    }
     const std::array fields = {escaped(report.file.string()),
                                std::string(name_of(report.result)),
                                report.way,

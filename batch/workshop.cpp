@@ -29,16 +29,25 @@ dead_end dead_end_of(const early_end& ended) {
   }
 }
 
-/// What is no EPS file is told by its name; what has no name may be a text that works all the same.
-void refuse_other_kinds(file_kind kind) {
-  switch (kind) {
+/// Why a file is no figure, or has the name of another kind; null for any other. What has no name
+/// may be a text that works all the same.
+const char* why_refused(const figure& input) {
+  switch (input.kind) {
     case file_kind::pdf:
-      if (has_pdf) return;
-      throw dead_end{verdict::failed, "this trellion-batch was built without PDF"};
-    case file_kind::gzip: throw dead_end{verdict::failed, "it is compressed (gunzip it)"};
-    case file_kind::empty: throw dead_end{verdict::failed, "it is empty"};
-    default: return;
+      if (!has_pdf) return "this trellion-batch was built without PDF";
+      return is_eps_name(input.file) ? "it is PDF: give it a name that ends in .pdf" : nullptr;
+    case file_kind::eps:
+    case file_kind::dos_eps:
+      return is_pdf_name(input.file) ? "it is PostScript: give it a name that ends in .eps"
+                                     : nullptr;
+    case file_kind::gzip: return "it is compressed: gunzip it";
+    case file_kind::packed: return "it is compressed: unpack it";
+    case file_kind::bitmap: return "it is a bitmap, no EPS or PDF";
+    case file_kind::markup: return "it is SVG or a page of the web, no EPS or PDF";
+    case file_kind::empty: return "it is empty";
+    case file_kind::other: break;
   }
+  return nullptr;
 }
 
 /// Said where a worker ended well and yet has not told all.
@@ -65,14 +74,21 @@ dead_end dead_end_of(const std::exception& error) {
   return {verdict::failed, reason};
 }
 
-workshop::workshop(figure input, const batch_options& options, const process_runner& runner)
+workshop::workshop(figure input, fs::path result, const batch_options& options,
+                   const process_runner& runner)
     : input_(std::move(input)),
+      result_(std::move(result)),
       options_(options),
       runner_(runner),
-      directory_(directory_of(input_.file)),
+      directory_(options.dry_run ? fs::temp_directory_path() : directory_of(result_)),
       programs_(options.tools, runner, {options.time_limit, options.memory_limit, 0},
                 directory_.path()) {
-  refuse_other_kinds(input_.kind);
+  if (const char* const why = why_refused(input_)) throw dead_end{verdict::failed, why};
+  if (input_.is_one_bitmap) {
+    throw dead_end{verdict::nothing_to_join,
+                   "pdftops has made it one bitmap, since something in its PDF is transparent: "
+                   "repair the PDF"};
+  }
 }
 
 candidate workshop::repair(const repair_way& way, const std::vector<group_range>& left_alone) {
@@ -85,7 +101,7 @@ candidate workshop::repair(const repair_way& way, const std::vector<group_range>
 candidate workshop::repair_text(const repair_way& way, const fs::path& folder,
                                 const std::vector<group_range>& left_alone) {
   const fs::path& source = text_source(way);
-  const fs::path name = result_path(input_.file).filename();
+  const fs::path name = result_.filename();
   const repair_request request{
       source,          name,      options_.merge_limit.value_or(0), way.min_separators,
       way.remove_mesh, left_alone};
@@ -100,7 +116,7 @@ candidate workshop::repair_text(const repair_way& way, const fs::path& folder,
 /// Of a PDF file, or of the PDF on a detour, which then leads back.
 candidate workshop::repair_pdf(const repair_way& way, const fs::path& folder) {
   const fs::path& source = way.detour ? detour().pdf : input_.file;
-  const fs::path result = folder / result_path(input_.file).filename();
+  const fs::path result = folder / result_.filename();
   const fs::path repaired = way.detour ? folder / "detour.pdf" : result;
   const pdf_request request{source, repaired.filename(), way.careful, way.remove_mesh};
   const std::optional<pdf_outcome> outcome =

@@ -35,14 +35,17 @@ struct detour_files {
   std::filesystem::path eps;
 };
 
-/// Makes what is needed for the work on one figure, in a private directory beside it. What fails
+/// Makes what is needed for the work on one figure, in a private directory. What fails
 /// throws dead_end or run_error.
 class workshop {
  public:
-  /// Options and runner must outlive it.
-  workshop(figure input, const batch_options& options, const process_runner& runner);
+  /// The result is to go to that place in the end; the private directory is beside it, or where
+  /// temporary files are when nothing is to be written. Options and runner must outlive it.
+  workshop(figure input, std::filesystem::path result, const batch_options& options,
+           const process_runner& runner);
 
   [[nodiscard]] const figure& input() const { return input_; }
+  [[nodiscard]] const std::filesystem::path& result() const { return result_; }
 
   /// Repairs the figure in a way. Some groups can be left as they stand.
   candidate repair(const repair_way& way, const std::vector<group_range>& left_alone = {});
@@ -71,6 +74,7 @@ class workshop {
                     const page_frame& part);
 
   figure input_;
+  std::filesystem::path result_;
   const batch_options& options_;
   const process_runner& runner_;
   private_directory directory_;

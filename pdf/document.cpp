@@ -21,6 +21,7 @@
 #include "pdf/page_content.h"
 #include "pdf/refusals.h"
 #include "pdf/resources.h"
+#include "pdf/result_mark.h"
 #include "pdf/stream_text.h"
 
 namespace trellion::pdf {
@@ -165,6 +166,7 @@ void document_repair::write(const fs::path& output) {
   writer.setStreamDataMode(qpdf_s_preserve);
   writer.setObjectStreamMode(qpdf_o_preserve);
   writer.setLinearization(document_.isLinearized());
+  writer.setExtraHeaderText(std::string(result_mark));
   // Documents for archives must have it.
   writer.setNewlineBeforeEndstream(true);
   if (!document_.isEncrypted()) writer.setDeterministicID(true);

@@ -5,6 +5,7 @@
 #include <string>
 #include <system_error>
 
+#include "batch/earlier_result.h"
 #include "batch/inputs.h"
 #include "batch/placing.h"
 #include "pdf/page_check.h"
@@ -48,8 +49,12 @@ document_summary repair_file(const fs::path& input, const fs::path& result,
   if (batch::is_same_place(input, result))
     throw run_error("its result would take its place; it has not been touched");
   std::error_code ignored;
-  if (!options.replace && fs::exists(fs::symlink_status(result, ignored))) {
-    refuse_to_replace(result);
+  const bool is_there = fs::exists(fs::symlink_status(result, ignored));
+  if (is_there && !options.replace) refuse_to_replace(result);
+  // A name that was chosen for the result says that whatever is there may go.
+  if (is_there && options.output.empty() &&
+      batch::look_for_result(result, input) == batch::earlier_result::not_ours) {
+    throw run_error("'" + result.string() + "' is no result of ours, and stays");
   }
 
   const fs::path parent = batch::directory_of(result);

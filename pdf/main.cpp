@@ -54,17 +54,19 @@ std::string line_for(const fs::path& input, const fs::path& result, const docume
 
 /// The files to repair. Folders are none, and the result of another is left out.
 std::vector<fs::path> files_of(const pdf_options& options, bool& complete) {
-  std::vector<fs::path> files;
+  std::vector<fs::path> names;
   for (const fs::path& name : options.inputs) {
     std::error_code ignored;
     if (fs::is_directory(name, ignored)) {
       complain("'" + name.string() + "': it is a folder");
       complete = false;
     } else {
-      files.push_back(name);
+      names.push_back(name);
     }
   }
-  return batch::find_inputs(files, complete);
+  std::vector<fs::path> files;
+  for (const batch::work_item& item : batch::find_inputs(names).figures) files.push_back(item.file);
+  return files;
 }
 
 int run(const pdf_options& options, const batch::interruption& interrupted) {

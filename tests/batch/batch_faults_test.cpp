@@ -35,7 +35,7 @@ TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
   EXPECT_EQ(run("--time-limit 3 --memory-limit 250 .").status, 1);
   const std::map<std::string, std::string> expected = {
       {"./endless.eps", "WITHHELD: it draws more than one page"},
-      {"./greedy.eps", "FAILED: gs: needs too much memory"}};
+      {"./greedy.eps", "FAILED: gs: needs too much memory (--memory-limit MB allows more)"}};
   EXPECT_EQ(results(), expected);
   // Before a detour fills files with pages they are counted.
   EXPECT_EQ(run("--detour --no-verify endless.eps").status, 1);
@@ -45,23 +45,23 @@ TEST_F(batch_faults, of_figures_end_soon_and_harm_nobody) {
 
 TEST_F(batch_faults, of_programs_never_reach_a_result) {
   directory.write("a.eps", plain_figure(1));
-  directory.write("a_r.eps", "old");
+  directory.write("a_r.eps", old_result);
   const auto result_with = [this](const std::string& options) {
     EXPECT_EQ(run("-f --time-limit 2 a.eps " + options, "PATH=$PWD/bin:$PATH ").status, 1);
-    EXPECT_EQ(directory.read("a_r.eps"), "old");
+    EXPECT_EQ(directory.read("a_r.eps"), old_result);
     return results()["a.eps"];
   };
   // An empty file, of which all was said to be well.
   fake("gs", "for a; do case $a in -sOutputFile=*) : >${a#*=};; esac; done");
   EXPECT_TRUE(result_with("--detour").starts_with("WITHHELD: it draws no picture"));
   fake("gs", "exec >&- 2>&-; exec sleep 60");
-  EXPECT_EQ(result_with(""), "FAILED: gs: takes too long (--time-limit)");
+  EXPECT_EQ(result_with(""), "FAILED: gs: takes too long (--time-limit SECONDS allows more)");
 
   // A limit of the system holds for the repair, too.
   const outcome limited = run("--keep -f --no-verify a.eps", "ulimit -f 2; ");
   EXPECT_EQ(limited.status, 1);
   EXPECT_NE(limited.out.find("FAILED: cannot write 'a_r.eps'"), std::string::npos) << limited.out;
-  EXPECT_EQ(directory.read("a_r.eps"), "old");
+  EXPECT_EQ(directory.read("a_r.eps"), old_result);
 }
 
 TEST_F(batch_faults, of_system_calls_leave_old_or_complete_results) {
@@ -76,11 +76,11 @@ TEST_F(batch_faults, of_system_calls_leave_old_or_complete_results) {
     bool unharmed = false;
     for (int n = 1; !unharmed; ++n) {
       ASSERT_LT(n, 200) << function;
-      directory.write("a_r.eps", "old");
+      directory.write("a_r.eps", old_result);
       fs::remove(directory.path() / "t.tsv");
       const outcome result = run("-f a.eps", only_fakes + failing(function, n, ENOSPC));
       const std::string now = masked(directory.read("a_r.eps"));
-      EXPECT_TRUE(now == "old" || now == complete) << function << ' ' << n;
+      EXPECT_TRUE(now == old_result || now == complete) << function << ' ' << n;
       EXPECT_TRUE(told("a.eps", "result") != "written" || now == complete) << function << ' ' << n;
       unharmed = result.status == 0 && result.err == plain.err;
       EXPECT_TRUE(result.status != 0 || now == complete) << function << ' ' << n;
@@ -99,8 +99,8 @@ TEST_F(batch_faults, of_interrupted_runs_leave_old_or_complete_results) {
                 "[ $n -lt $free_calls ] || { echo >ready; exec /bin/sleep 1000; }");
   const auto run_with_free_calls = [this](int count, const std::string& meanwhile) {
     directory.write("calls", "0\n");
-    directory.write("a_r.eps", "old");
-    directory.write("b_r.eps", "old");
+    directory.write("a_r.eps", old_result);
+    directory.write("b_r.eps", old_result);
     return shell("export free_calls=" + std::to_string(count) + "; export " + only_fakes +
                      "; trellion-batch -j1 -f a.eps b.eps & p=$!; " + meanwhile + " wait $p",
                  directory)
@@ -112,8 +112,9 @@ TEST_F(batch_faults, of_interrupted_runs_leave_old_or_complete_results) {
   ASSERT_EQ(shell("mkfifo ready", directory).status, 0);
   for (const int count : {0, 1, n_calls / 2 - 1, n_calls / 2, n_calls - 1}) {
     EXPECT_EQ(run_with_free_calls(count, "read x <ready; kill $p;"), 128 + SIGTERM);
-    EXPECT_EQ(masked(directory.read("a_r.eps")), count < n_calls / 2 ? "old" : complete) << count;
-    EXPECT_EQ(directory.read("b_r.eps"), "old") << count;
+    EXPECT_EQ(masked(directory.read("a_r.eps")), count < n_calls / 2 ? old_result : complete)
+        << count;
+    EXPECT_EQ(directory.read("b_r.eps"), old_result) << count;
   }
 }
 

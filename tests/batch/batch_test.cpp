@@ -28,17 +28,79 @@ TEST_F(batches, keep_what_is_smaller_and_shows_the_same) {
   EXPECT_EQ(results(), expected);
 
   // A result is neither an input nor replaced, unless that is asked for.
-  directory.write("in folder/-a.b_r.EPS", "mine");
+  directory.write("in folder/-a.b_r.EPS", old_result);
   EXPECT_EQ(run("--keep . 'in folder/-a.b_r.EPS'").status, 0);
   EXPECT_EQ(results()["./in folder/-a.b.EPS"], "exists: -f replaces it");
-  EXPECT_EQ(results().size(), 3U);
-  EXPECT_EQ(directory.read("in folder/-a.b_r.EPS"), "mine");
+  EXPECT_EQ(results()["in folder/-a.b_r.EPS"], "skipped: it is the result of another figure");
+  EXPECT_EQ(results().size(), 4U);
+  EXPECT_EQ(directory.read("in folder/-a.b_r.EPS"), old_result);
   EXPECT_TRUE(exists("small_r.eps"));
   shell("touch -d @1 in*/*_r.EPS", directory);
   EXPECT_EQ(run(".").status, 0);
   EXPECT_EQ(results()["./in folder/-a.b.EPS"], "exists: older than the figure; -f replaces it");
   EXPECT_EQ(run("-f --no-verify .").status, 0);
-  EXPECT_NE(directory.read("in folder/-a.b_r.EPS"), "mine");
+  EXPECT_NE(directory.read("in folder/-a.b_r.EPS"), old_result);
+}
+
+TEST_F(batches, replace_what_is_unfinished_and_nothing_that_is_not_theirs) {
+  for (const auto* name : {"a.eps", "b.eps", "c.eps"}) directory.write(name, plain_figure(1));
+  directory.write("a_r.eps", "%!PS\n%%Processed by trellion version 3\n");
+  directory.write("b_r.eps", plain_figure(2));
+  directory.write("c_r.eps", "");
+  directory.write("d.eps", figure_of(""));
+  directory.write("d_r.eps", "");
+  for (const std::string options : {"", "-f "}) {
+    EXPECT_EQ(run(options + "--no-verify --keep *.eps").status, 1);
+    EXPECT_EQ(results()["a.eps"], "written");
+    EXPECT_TRUE(results()["b.eps"].starts_with("FAILED: 'b_r.eps' is no result of ours"));
+    EXPECT_EQ(results()["d.eps"],
+              "nothing to join: no polygons found; 'd_r.eps' is unfinished: remove it");
+    EXPECT_EQ(results()["a_r.eps"], "skipped: it is the result of another figure");
+    EXPECT_EQ(directory.read("b_r.eps"), plain_figure(2));
+    EXPECT_GT(directory.read("a_r.eps").size(), 100U);
+    EXPECT_TRUE(exists("b_r_r.eps")) << "it is a figure like any other";
+  }
+  EXPECT_EQ(directory.read("a_r.eps").size(), directory.read("c_r.eps").size());
+}
+
+TEST_F(batches, write_elsewhere_or_nowhere) {
+  fs::create_directories(directory.path() / "in/deep");
+  directory.write("in/deep/a.eps", plain_figure(1));
+  directory.write("in/b\nb.eps", plain_figure(2));
+  EXPECT_EQ(run("-n in").status, 0);
+  EXPECT_EQ(results()["in/deep/a.eps"], "would be written");
+  EXPECT_FALSE(exists("in/deep/a_r.eps"));
+  // Names that are read from a list; a line feed can be in one.
+  EXPECT_EQ(run("--output-dir out/new --files-from -", "printf 'in/b\\nb.eps\\0in' | ").status, 0);
+  EXPECT_EQ(results()["in/b\\nb.eps"], "written");
+  EXPECT_LT(directory.read("out/new/deep/a.eps").size(), plain_figure(1).size());
+  EXPECT_TRUE(exists("out/new/b\nb.eps"));
+  EXPECT_FALSE(exists("in/deep/a_r.eps") || exists("in/b\nb_r.eps"));
+
+  // A run that is taken up again keeps the rows that it had.
+  const std::string rows = directory.read("t.tsv");
+  directory.write("list", "in/b\nin\n");
+  const outcome again = run("--output-dir out/new in");
+  EXPECT_EQ(directory.read("t.tsv").substr(0, 400), rows.substr(0, 400));
+  EXPECT_NE(again.out.find("2 files: 2 exists"), std::string::npos) << again.out;
+  EXPECT_EQ(run("--output-dir in/deep in/deep/a.eps").status, 1);
+  EXPECT_EQ(directory.read("in/deep/a.eps"), plain_figure(1));
+}
+
+TEST_F(batches, repair_standard_input) {
+  directory.write("a.eps", plain_figure(1));
+  const outcome repaired = shell("trellion-batch --report t.tsv - <a.eps", directory);
+  EXPECT_EQ(repaired.status, 0);
+  EXPECT_LT(repaired.out.size(), plain_figure(1).size());
+  EXPECT_NE(repaired.out.find("\n%%Processed by "), std::string::npos);
+  EXPECT_NE(repaired.err.find("standard input: written, saves "), std::string::npos);
+  EXPECT_NE(directory.read("t.tsv").find("\n-\twritten\t-s2\t"), std::string::npos);
+  for (const auto* text : {"", "%!PS\nshowpage\n"}) {
+    directory.write("b.eps", text);
+    const outcome passed = shell("cat b.eps | trellion-batch -q -", directory);
+    EXPECT_EQ(passed.out, text);
+    EXPECT_EQ(passed.status, *text == 0 ? 1 : 0);
+  }
 }
 
 TEST_F(batches, tell_failures_and_go_on) {
@@ -48,6 +110,10 @@ TEST_F(batches, tell_failures_and_go_on) {
                   figure_of("1000 0 translate\n" + to_postscript(random_mesh(4, 20, 20))));
   directory.write("empty.eps", "");
   directory.write("page.eps", "%PDF-1.4\n");
+  directory.write("bitmap.eps",
+                  "%!PS\n%%EndProlog\npdfStartPage\n%%EndPageSetup\ngsave\n[9 0 0 9 0 0] concat\n");
+  directory.write("packed.eps", "\x1f\x8b...");
+  directory.write("drawn.eps", "<svg>");
   const std::string preview = std::string("\xc5\xd0\xd3\xc6\x1e\0\0\0", 8);
   directory.write("dos.eps", preview + "\x09" + std::string(21, '\0') + "%!PS 1 2\n");
   directory.write("boxless.eps",
@@ -66,7 +132,11 @@ TEST_F(batches, tell_failures_and_go_on) {
       << reason("./broken\\x1b[2J.eps");
   EXPECT_TRUE(reason("./beside.eps").starts_with("WITHHELD: the page shows nothing"));
   EXPECT_EQ(reason("./empty.eps"), "FAILED: it is empty");
-  EXPECT_TRUE(reason("./page.eps").starts_with("FAILED: ")) << reason("./page.eps");
+  EXPECT_TRUE(reason("./page.eps").starts_with("FAILED: it is PDF")) << reason("./page.eps");
+  EXPECT_TRUE(
+      reason("./bitmap.eps").starts_with("nothing to join: pdftops has made it one bitmap"));
+  EXPECT_EQ(reason("./packed.eps"), "FAILED: it is compressed: gunzip it");
+  EXPECT_EQ(reason("./drawn.eps"), "FAILED: it is SVG or a page of the web, no EPS or PDF");
   EXPECT_TRUE(reason("./dos.eps").starts_with("WITHHELD: it has a DOS preview header"));
   EXPECT_EQ(reason("./boxless.eps"), "written");
   EXPECT_EQ(reason("./far.eps"), "WITHHELD: the outlines cover less than the polygons did");

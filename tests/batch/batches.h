@@ -16,6 +16,9 @@ std::string figure_of(const std::string& page);
 /// A figure that can be repaired.
 std::string plain_figure(unsigned seed);
 
+/// What an earlier run may have made of such a figure.
+inline const std::string old_result = "%%Processed by trellion \nold\nshowpage\n";
+
 /// Runs of trellion-batch in a directory, in which they leave nothing but results and reports.
 class batches : public ::testing::Test {
  protected:

@@ -47,12 +47,16 @@ TEST(options, are_read) {
   EXPECT_FALSE(options.replace || options.keep_all || options.auto_way || options.detour);
   EXPECT_EQ(options.verify, options.tools.gs.has_value());
   EXPECT_FALSE(parsed({"--no-verify", "a"}).verify);
+  const batch_options listed = parsed({"--files-from", "-", "--output-dir", "o", "-n"});
+  EXPECT_EQ(listed.files_from, "-");
+  EXPECT_EQ(listed.output_directory, "o");
+  EXPECT_TRUE(listed.dry_run && !listed.is_filter() && parsed({"-"}).is_filter());
 }
 
 TEST(options, that_make_no_sense_are_refused) {
   EXPECT_EQ(status_of({"--help"}), 0);
   EXPECT_EQ(status_of({"--version"}), 0);
-  // The last two have forgotten the name of the report.
+  // Two have forgotten the name of the report; "-" is for one figure alone.
   const std::vector<std::vector<const char*>> mistakes = {{},
                                                           {"--auto", "--detour", "a"},
                                                           {"--auto", "-s1", "a"},
@@ -61,7 +65,11 @@ TEST(options, that_make_no_sense_are_refused) {
                                                           {"-s0", "a"},
                                                           {"--what", "a"},
                                                           {"--report", "a.EPSI", "b.eps"},
-                                                          {"--report", "a.pdf", "b.eps"}};
+                                                          {"--report", "a.pdf", "b.eps"},
+                                                          {"-", "b.eps"},
+                                                          {"-", "--files-from", "-"},
+                                                          {"-", "--output-dir", "d"},
+                                                          {"-", "--dry-run"}};
   for (const auto& arguments : mistakes) {
     EXPECT_EQ(status_of(arguments), 2) << (arguments.empty() ? "nothing" : arguments.front());
   }

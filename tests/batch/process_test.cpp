@@ -100,7 +100,7 @@ TEST_F(children, have_limits) {
   EXPECT_EQ(run("exec head -c 100000 /dev/zero >large", small).reason(), "writes too much");
   EXPECT_EQ(directory.read("large").size(), small.file_size);
   EXPECT_EQ(run("exec dd if=/dev/zero of=/dev/null bs=1G count=1", small).reason(),
-            "needs too much memory");
+            "needs too much memory (--memory-limit MB allows more)");
   ASSERT_TRUE(run("ulimit -c; ulimit -n", small).succeeded());
   EXPECT_EQ(output, "0\n77\n");
 
@@ -109,7 +109,7 @@ TEST_F(children, have_limits) {
                                   "trap '' TERM HUP; yes; " + endless(watching)}) {
     const child_result result = run(text, small);
     EXPECT_EQ(result.how, ending::timed_out);
-    EXPECT_EQ(result.reason(), "takes too long (--time-limit)");
+    EXPECT_EQ(result.reason(), "takes too long (--time-limit SECONDS allows more)");
   }
   EXPECT_TRUE(watching.all_gone());
 

@@ -34,23 +34,29 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   failed.result = verdict::failed;
   failed.reason = "gs:\rno\nfont\xc2\x9b!";
   failed.bytes_before = 77;
+  file_report existing = written("c.eps");
+  existing.result = verdict::exists;
+  existing.reason = "-f replaces it";
   captured_text out;
-  write_table({written("\xc3\xa4.eps"), failed, written("c.eps")}, true, out);
+  write_table({written("\xc3\xa4.eps"), failed, existing}, true, out);
   const std::vector<std::string> lines = split(out.text(), '\n');
-  ASSERT_EQ(lines.size(), 5U);
+  ASSERT_EQ(lines.size(), 6U);
   // A letter of two bytes takes one column.
   EXPECT_EQ(lines[1].find("-s2"), lines[3].find("-s2") + 1);
-  // Numbers end in the same column.
-  EXPECT_EQ(lines[2].find(" 77 ") + 4, lines[3].find(" 1000 ") + 6);
+  // Numbers end in the same column, and what is wide comes last.
+  EXPECT_EQ(lines[3].find(" 1000 "), lines[4].find(" 2000 "));
+  EXPECT_EQ(lines[1].find("written  70.0 %"), lines[3].find("exists   70.0 %") + 1);
+  EXPECT_TRUE(lines[3].ends_with("-s2  -f replaces it")) << lines[3];
   EXPECT_NE(lines[1].find("500/40"), std::string::npos);
-  EXPECT_NE(lines[2].find("name?[2J.eps"), std::string::npos);
-  EXPECT_NE(lines[2].find("FAILED: gs:?no?font?"
-                          "?!"),
-            std::string::npos);
-  EXPECT_NE(lines[4].find("written: 2 of 3"), std::string::npos);
-  for (const auto* total : {" 20 ", " 4 ", " 2000 ", " 600 "}) {
+  // Where there is no result there are no numbers.
+  EXPECT_TRUE(
+      lines[2].ends_with("name?[2J.eps  FAILED: gs:?no?font?"
+                         "?!"))
+      << lines[2];
+  for (const auto* total : {" 70.0 % ", " 20 ", " 4 ", " 2000 ", " 600 ", " 2.5"}) {
     EXPECT_NE(lines[4].find(total), std::string::npos) << total;
   }
+  EXPECT_EQ(lines[5], "3 files: 1 written, 1 FAILED, 1 exists");
   EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
   EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??") << "a character that is cut";
   captured_text plain;
@@ -80,14 +86,20 @@ TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
       {"hairlines_cairo_before", "40"},
       {"hairlines_cairo_after", ""}};
   for (const auto& [heading, field] : expected) EXPECT_EQ(row[heading], field) << heading;
+
+  odd.earlier_row = "as\tit\twas";
+  captured_text again;
+  write_tsv({odd}, again);
+  EXPECT_EQ(split(again.text(), '\n').back(), "as\tit\twas");
 }
 
 TEST(verdicts, have_an_order_and_a_status) {
   const std::vector<verdict> by_gravity = {
-      verdict::written,  verdict::exists, verdict::nothing_to_join, verdict::not_kept,
-      verdict::withheld, verdict::failed, verdict::interrupted};
+      verdict::written,  verdict::possible,        verdict::exists,
+      verdict::skipped,  verdict::nothing_to_join, verdict::not_kept,
+      verdict::withheld, verdict::failed,          verdict::interrupted};
   for (std::size_t i = 0; i < by_gravity.size(); ++i) {
-    EXPECT_EQ(is_good(by_gravity[i]), i < 4);
+    EXPECT_EQ(is_good(by_gravity[i]), i < 6);
     for (std::size_t j = 0; j < by_gravity.size(); ++j) {
       EXPECT_EQ(is_graver(by_gravity[i], by_gravity[j]), i > j);
     }
