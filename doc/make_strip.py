@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Draws frames.png: a small surface dissolving, six frames of trellion_frames side by side.
+"""Draws frames.png: a small surface dissolving, six frames of trellion-frames side by side.
 
-Usage: make_strip.py TRELLION_FRAMES, the built program. Needs Ghostscript.
+Usage: make_strip.py TRELLION-FRAMES, the built program. Needs Ghostscript.
 """
 
 import math

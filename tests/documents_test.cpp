@@ -35,7 +35,8 @@ void expect_completed(const std::string& program, const options& known) {
   const std::string bash =
       part(document("completions/trellion.bash"), '_' + bash_name + "()", "\n}");
   EXPECT_EQ(all_matches(part(bash, "-W '", "' ").substr(4), "(--?[a-z][-a-z]*)"), known);
-  const std::string zsh = part(document("completions/_trellion"), '_' + program + "()", "\n}");
+  const std::string zsh =
+      part(document("completions/_trellion"), "_complete_" + program + "()", "\n}");
   EXPECT_EQ(all_matches(zsh, "[{,')](--?[a-z](?:[-a-z]*[a-z])?)(?==?-?[\\[,}])"), known);
 }
 
@@ -64,7 +65,7 @@ TEST(documents, list_the_options_of_trellion) {
   }
   EXPECT_EQ(all_matches(shell("trellion -r", directory).out, "\\[(-[a-z])"), accepted);
   EXPECT_EQ(of_manual("doc/man/trellion.1"), accepted);
-  const std::string readme = part(document("README.md"), "## Usage", "### ");
+  const std::string readme = part(document("doc/details.md"), "## trellion\n", "## ");
   EXPECT_EQ(all_matches(readme, "^\\| `(-[a-z])"), accepted);
   expect_completed("trellion", accepted);
 }

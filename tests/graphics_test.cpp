@@ -12,7 +12,7 @@ TEST(frames, are_numbered_pictures_with_a_script) {
   // A box of -500, -499, 20499 and 8500 thousandths: halves go away from zero.
   directory.write("two.eps",
                   "-.5 0.499 m 7 1 l 0.5 8.5 l h f 7 1 m 20.499 -0.499 l 0.5 8.5 l h f\n");
-  ASSERT_EQ(shell("trellion_frames two.eps out", directory).status, 0);
+  ASSERT_EQ(shell("trellion-frames two.eps out", directory).status, 0);
   EXPECT_EQ(directory.read("out/intermediate/script"),
             "epstopdf frame00001.eps\nrm frame00001.eps\nepstopdf frame00002.eps\n"
             "rm frame00002.eps\n");
@@ -24,7 +24,7 @@ TEST(frames, are_numbered_pictures_with_a_script) {
   const std::string joined = directory.read("out/intermediate/frame00002.eps");
   EXPECT_NE(joined.find("stroke"), std::string::npos);
   EXPECT_EQ(joined.find("stroke"), joined.rfind("stroke")) << "of one outline";
-  EXPECT_EQ(shell("trellion_frames two.eps", directory).status, 2);
+  EXPECT_EQ(shell("trellion-frames two.eps", directory).status, 2);
 }
 
 }  // namespace

@@ -42,18 +42,31 @@ std::string scratch_directory::read(const std::string& name) const {
   return read_file(path_ / name);
 }
 
+namespace {
+
+/// Where the program is; or one that runs that of another system, when the environment names it.
+std::string program_directory() {
+  const char* const named = std::getenv("TRELLION_PROGRAM_DIRECTORY");
+  return named != nullptr ? named : std::filesystem::path(TRELLION_PROGRAM).parent_path().string();
+}
+
+}  // namespace
+
 outcome shell(const std::string& command, const scratch_directory& directory) {
   const scratch_directory streams;
   const std::string at = streams.path();
-  const std::string path = std::filesystem::path(TRELLION_PROGRAM).parent_path();
-  const std::string line = "cd '" + directory.path().string() + "' && PATH='" + path +
-                           "':$PATH && (" + command + ") >'" + at + "/out' 2>'" + at + "/err'";
+  const std::string line = "cd '" + directory.path().string() + "' && PATH='" +
+                           program_directory() + "':$PATH && (" + command + ") >'" + at +
+                           "/out' 2>'" + at + "/err'";
   const int status = std::system(line.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
 }
 
 std::string failing(std::string_view function, int n, int error_number) {
-  return "LD_PRELOAD='" TRELLION_FAILING_CALLS "' TRELLION_FAILS='" + std::string(function) + ' ' +
+  // The variable for the library ends at a blank; that for its place does not.
+  const std::filesystem::path library = TRELLION_FAILING_CALLS;
+  return "LD_LIBRARY_PATH='" + library.parent_path().string() + "' LD_PRELOAD='" +
+         library.filename().string() + "' TRELLION_FAILS='" + std::string(function) + ' ' +
          std::to_string(n) + ' ' + std::to_string(error_number) + "' ";
 }
 

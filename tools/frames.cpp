@@ -90,9 +90,14 @@ void draw_frames(const options& options, text_writer& console) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  constexpr const char* usage = "Usage: trellion-frames FILE.eps DIRECTORY [-sp]";
+  const std::string_view asked = argc == 2 ? argv[1] : "";
+  if (asked == "--version" || asked == "--help") {
+    return std::puts(asked == "--help" ? usage : "trellion-frames " TRELLION_VERSION) < 0 ? 2 : 0;
+  }
   const auto options = parse(argc, argv);
   if (!options) {
-    std::fputs("Usage: trellion_frames FILE.eps DIRECTORY [-sp]\n", stderr);
+    std::fprintf(stderr, "%s\n", usage);
     return 2;
   }
   // As in trellion: writing that fails is to be told, and a lost console stops nothing.
@@ -114,6 +119,6 @@ int main(int argc, char* argv[]) {
     complaint = system_failure("write", "standard output", standard_output.failure()).what();
   }
   if (complaint.empty()) return 0;
-  std::fprintf(stderr, "trellion_frames: %s\n", complaint.c_str());
+  std::fprintf(stderr, "trellion-frames: %s\n", complaint.c_str());
   return 2;
 }
