@@ -10,13 +10,13 @@ figures of few colours, of those with one for every cell, and of the rest.
 """
 
 import argparse
-import shutil
 import subprocess
-import sys
 import tempfile
 from pathlib import Path
 
-from measuring import ENVIRONMENT, Table, Tools, best, fail, positive, processor
+from drawing import draw
+from measuring import Table, Tools, best, positive, processor
+from pages import cairo_pages, count_pixels, hairlines
 from polygons import count_polygons
 
 HERE = Path(__file__).resolve().parent
@@ -32,6 +32,8 @@ COLUMNS = [
     ("hairlines", 9),
     ("wrong", 6),
 ]
+SCRIPTS = ["with_matplotlib.py", "with_cairo.py", "with_reportlab.py", "with_plplot.py", "with_r.R",
+           "with_gnuplot.gp", "with_octave.m", "with_gmt.sh", "with_others.sh"]
 KINDS = {"few": "few colours", "each": "each its own", "rest": "the rest"}
 
 
@@ -65,29 +67,7 @@ def programs(trellion_pdf):
 
 
 def draw_figures(directory):
-    """Draws all figures by the scripts; what a program says is shown when it fails."""
-    scripts = HERE / "figures"
-    python = ["/usr/bin/python3", "-B"]  # the one for which Debian has the libraries
-    octave = ["xvfb-run", "-a", "octave", "--no-gui", "--no-init-file", "--no-history"]
-    for words in (
-        [*python, scripts / "with_matplotlib.py"],
-        [*python, scripts / "with_cairo.py"],
-        [*python, scripts / "with_reportlab.py"],
-        [*python, scripts / "with_plplot.py"],
-        ["Rscript", "--vanilla", scripts / "with_r.R"],
-        ["gnuplot", "-c", scripts / "with_gnuplot.gp"],
-        [*octave, scripts / "with_octave.m"],
-        ["bash", scripts / "with_gmt.sh"],
-        ["bash", scripts / "with_others.sh"],
-    ):
-        done = subprocess.run([*words, directory], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              env={**ENVIRONMENT, "MPLCONFIGDIR": str(directory / ".cache")},
-                              check=False)
-        if done.returncode != 0:
-            sys.stderr.buffer.write(done.stdout)
-            fail(f"{words[-1].name} has failed")
-    shutil.rmtree(directory / ".cache", ignore_errors=True)
-    return sorted(directory.glob("*.pdf"), key=lambda pdf: (order(pdf), pdf.name))
+    return sorted(draw(directory, SCRIPTS), key=lambda pdf: (order(pdf), pdf.name))
 
 
 def order(figure):
@@ -99,26 +79,6 @@ def kind_of(figure):
     return kind if kind in KINDS else "rest"
 
 
-def draw_pages(words, prefix):
-    """Runs a program that draws pages to files of a prefix, and returns them in their order."""
-    subprocess.run(words, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
-    return sorted(prefix.parent.glob(prefix.name + "*"))
-
-
-def cairo_pages(pdf, dpi, prefix, *options):
-    return draw_pages(["pdftocairo", "-png", "-r", str(dpi), *options, pdf, prefix], prefix)
-
-
-def ghostscript_pages(pdf, prefix, *options):
-    return draw_pages(["gs", "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=ppmraw", "-r144",
-                       *options, f"-sOutputFile={prefix}-%04d.ppm", pdf], prefix)
-
-
-def mupdf_pages(pdf, prefix, bits):
-    return draw_pages(["mutool", "draw", "-q", "-r", "144", "-A", str(bits), "-o",
-                       f"{prefix}-%04d.ppm", pdf], prefix)
-
-
 class Comparison:
     def __init__(self, arguments, directory):
         self.tools = Tools(arguments.build)
@@ -127,38 +87,11 @@ class Comparison:
         self.directory = directory
         self.programs = programs(self.tools.build / "trellion-pdf")
 
-    def count_pixels(self, what, first, second):
-        """Over all pages; nothing when they are not as many, or differ in their sizes."""
-        if len(first) != len(second) or not first:
-            return None
-        total = 0
-        for pages in zip(first, second):
-            done = subprocess.run([self.tools.build / "bench/pictures", what, *pages],
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
-            if done.returncode != 0:
-                return None
-            total += int(done.stdout)
-        return total
-
-    def hairlines(self, pdf):
-        with tempfile.TemporaryDirectory(prefix="bench") as directory:
-            at = Path(directory)
-            smooth = ["-dGraphicsAlphaBits=4", "-dTextAlphaBits=4"]
-            counts = [
-                self.count_pixels("hairlines", cairo_pages(pdf, 144, at / "a"),
-                                  cairo_pages(pdf, 144, at / "b", "-antialias", "none")),
-                self.count_pixels("hairlines", ghostscript_pages(pdf, at / "c", *smooth),
-                                  ghostscript_pages(pdf, at / "d")),
-                self.count_pixels("hairlines", mupdf_pages(pdf, at / "e", 8),
-                                  mupdf_pages(pdf, at / "f", 0)),
-            ]
-        return None if None in counts else sum(counts)
-
     def wrong(self, figure, made):
         with tempfile.TemporaryDirectory(prefix="bench") as directory:
             pages = [cairo_pages(pdf, 288, Path(directory) / name, "-antialias", "none")
                      for name, pdf in (("a", figure), ("b", made))]
-            return self.count_pixels("surrounded", *pages)
+            return count_pixels(self.tools.build, "surrounded", *pages)
 
     def seconds_in_pdfjs(self, pdf):
         if self.pdfjs is None:
@@ -179,7 +112,8 @@ class Comparison:
             repairs.append(self.tools.run(*self.programs[program](figure, made)))
         drawing = best([self.tools.run("pdftoppm", "-r", "144", made) for _ in range(self.runs)])
         return [made.stat().st_size, count_polygons(made), best(repairs).seconds, drawing.seconds,
-                self.seconds_in_pdfjs(made), self.hairlines(made), self.wrong(figure, made)]
+                self.seconds_in_pdfjs(made), hairlines(self.tools.build, made, with_mupdf=True),
+                self.wrong(figure, made)]
 
 
 def cells(numbers, drawn):

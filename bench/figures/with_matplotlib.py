@@ -1,10 +1,13 @@
-"""Figures that Matplotlib draws, into the directory named: with axes and colour bars, as people do."""
+"""Figures that Matplotlib draws, with axes and colour bars, as people do.
+
+Like those beside it the script takes a directory and the form of the files, pdf or eps.
+"""
 
 import sys
 
 import matplotlib
 
-matplotlib.use("pdf")
+matplotlib.use("agg")
 import matplotlib.pyplot as plt
 import numpy as np
 from matplotlib.colors import BoundaryNorm, ListedColormap
@@ -48,7 +51,9 @@ def solid_figure(name, draw):
 
 
 def save(figure, name):
-    figure.savefig(f"{sys.argv[1]}/{name}.pdf", metadata={"CreationDate": None})
+    directory, form = sys.argv[1:]
+    undated = {"CreationDate": None} if form == "pdf" else None
+    figure.savefig(f"{directory}/{name}.{form}", metadata=undated)
     plt.close(figure)
 
 
@@ -69,4 +74,5 @@ def main():
     flat_figure("rest-mpl-bars", lambda a: a.bar(range(20), range(1, 21)) and None)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,5 +1,6 @@
-# Figures that R draws, into the directory named.
+# Figures that R draws, into the directory named, of the form named.
 directory <- commandArgs(TRUE)[1]
+form <- commandArgs(TRUE)[2]
 low <- -1.1; high <- 1.3; levels <- 8
 height <- function(x, y) cos(1.7 * x) * sin(1.4 * y + 0.3) + 0.4 * exp(-(x + 0.6)^2 - y^2)
 breaks <- seq(low, high, length = levels + 1)
@@ -7,7 +8,11 @@ t <- (seq_len(levels) - 0.5) / levels
 colours <- rgb(0.15 + 0.8 * t, 0.25 + 0.6 * sin(2 * t), 0.9 - 0.75 * t)
 paint <- function(z) colours[pmin(levels, pmax(1, 1 + floor(levels * (z - low) / (high - low))))]
 
-start <- function(name) pdf(file.path(directory, paste0(name, ".pdf")), width = 4, height = 4)
+start <- function(name) {
+  path <- file.path(directory, paste0(name, ".", form))
+  if (form == "pdf") pdf(path, width = 4, height = 4)
+  else postscript(path, width = 4, height = 4, onefile = FALSE, paper = "special", horizontal = FALSE)
+}
 done <- function() invisible(dev.off())
 at <- seq(-2, 2, length = 91)
 z <- outer(at, at, height)

@@ -78,6 +78,14 @@ def print_pgf(mesh):
     print(r"\end{pgfpicture}\end{document}")
 
 
+def print_metapost(mesh):
+    print('outputtemplate := "more-metapost.eps"; beginfig(1);')
+    for corners, rgb in mesh:
+        path = "--".join(f"({70 * x:.3f},{70 * y:.3f})" for x, y in corners)
+        print(f"fill {path}--cycle withcolor ({','.join(map(str, rgb))});")
+    print("endfig; end")
+
+
 def print_nodes(cells):
     at = nodes(cells)
     for y in at:
@@ -85,7 +93,8 @@ def print_nodes(cells):
             print(f"{x:.4f} {y:.4f} {height(x, y):.5f}")
 
 
-FORMS = {"svg": print_svg, "asymptote": print_asymptote, "pgf": print_pgf}
+FORMS = {"svg": print_svg, "asymptote": print_asymptote, "pgf": print_pgf,
+         "metapost": print_metapost}
 
 if __name__ == "__main__":
     if sys.argv[1] == "nodes":
