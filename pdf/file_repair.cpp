@@ -9,6 +9,7 @@
 #include "batch/inputs.h"
 #include "batch/placing.h"
 #include "pdf/page_check.h"
+#include "pdf/refusals.h"
 #include "pdf/workplace.h"
 
 namespace trellion::pdf {
@@ -45,6 +46,7 @@ document_summary repair_file(const fs::path& input, const fs::path& result,
                              const pdf_options& options, const batch::interruption& interrupted,
                              const batch::process_runner& runner) {
   const fs::file_status status = looked_at(input);
+  check_kind(input);
   const file_state state = state_of(input);
   if (batch::is_same_place(input, result))
     throw run_error("its result would take its place; it has not been touched");

@@ -99,7 +99,7 @@ pdf_options parse_options(int argc, const char* const* argv) {
   options.contents.reorder = !no_reorder;
   if (strict) options.pdftocairo = batch::find_program("pdftocairo").value_or("");
   if (strict && options.pdftocairo.empty()) {
-    refuse("--strict needs pdftocairo (poppler-utils) in PATH");
+    refuse("--strict needs pdftocairo (package poppler-utils) in PATH");
   }
   return options;
 }

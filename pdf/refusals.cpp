@@ -80,8 +80,12 @@ bool is_of_contents(const QPDFExc& warning) {
 
 }  // namespace
 
-void open_document(QPDF& document, const std::filesystem::path& file) {
+void check_kind(const std::filesystem::path& file) {
   if (!looks_like_pdf(file)) throw refusal("it is no PDF file");
+}
+
+void open_document(QPDF& document, const std::filesystem::path& file) {
+  check_kind(file);
   document.setSuppressWarnings(true);
   try {
     document.processFile(file.c_str());

@@ -6,6 +6,9 @@ class QPDF;
 
 namespace trellion::pdf {
 
+/// Throws refusal when a file does not begin like a document.
+void check_kind(const std::filesystem::path& file);
+
 /// Opens a document. Throws refusal when it is none, is damaged beyond repair, or needs a password.
 void open_document(QPDF& document, const std::filesystem::path& file);
 

@@ -58,6 +58,10 @@ TEST(program, replaces_nothing_unasked_and_no_input_ever) {
   EXPECT_EQ(shell("trellion-pdf -fo old.pdf a.pdf", directory).status, 0);
   EXPECT_EQ(directory.read("old.pdf"), lone_polygon);
   EXPECT_EQ(n_entries(directory), 3U);
+  directory.write("b.eps", "%!PS\n");
+  directory.write("b_r.eps", "");
+  EXPECT_EQ(shell("trellion-pdf b.eps", directory).err,
+            "trellion-pdf: 'b.eps': it is no PDF file\n");
 }
 
 TEST(program, tells_mistakes_on_the_command_line) {
