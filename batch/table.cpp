@@ -44,43 +44,81 @@ std::string seconds_text(double seconds) {
   return text.data();
 }
 
-using table_row = std::vector<std::string>;
+/// The fields of a row, from the left on, and what it says behind them, as wide as it is.
+struct table_row {
+  std::vector<std::string> fields;
+  std::string remark;
+};
 
 struct column {
   const char* heading;
   bool is_numeric;
+  int dispensable;  ///< where there is no room the highest go first; 0 stays
 };
 
-/// Those that can be wide come last, so that a terminal shows the others.
 std::vector<column> columns_of_table(bool with_hairlines) {
-  std::vector<column> columns = {{"file", false}, {"result", false}, {"saved", true},
-                                 {"bytes", true}, {"after", true},   {"polygons", true},
-                                 {"after", true}, {"seconds", true}};
-  if (with_hairlines) columns.insert(columns.end(), {{"hairlines", true}, {"after", true}});
-  columns.insert(columns.end(), {{"way", false}, {"picture", false}});
+  std::vector<column> columns = {{"file", false, 0}, {"result", false, 0}, {"saved", true, 0},
+                                 {"bytes", true, 1}, {"after", true, 1},   {"polygons", true, 2},
+                                 {"after", true, 2}, {"seconds", true, 3}};
+  if (with_hairlines) columns.insert(columns.end(), {{"hairlines", true, 0}, {"after", true, 0}});
+  columns.push_back({"way", false, 0});
   return columns;
 }
 
-/// The longest of the texts in each column. What a row of two fields says goes on to its end.
+/// The longest of the texts in each column.
 std::vector<std::size_t> widths_of(const std::vector<table_row>& rows) {
-  std::vector<std::size_t> widths(rows.front().size());
+  std::vector<std::size_t> widths(rows.front().fields.size());
   for (const table_row& row : rows) {
-    const std::size_t n_fields = row.size() == 2 ? 1 : row.size();
-    for (std::size_t i = 0; i < n_fields; ++i) widths[i] = std::max(widths[i], width_of(row[i]));
+    for (std::size_t i = 0; i < row.fields.size(); ++i) {
+      widths[i] = std::max(widths[i], width_of(row.fields[i]));
+    }
   }
   return widths;
+}
+
+/// Whether rows of results fit on a terminal, long names and remarks aside, for which nothing makes
+/// room.
+bool fit_terminal(const std::vector<table_row>& rows) {
+  constexpr std::size_t terminal = 80;
+  constexpr std::size_t long_name = 30;
+  constexpr std::size_t long_remark = 20;
+  std::vector<std::size_t> widths = widths_of(rows);
+  widths.front() = std::min(widths.front(), long_name);
+  return std::ranges::all_of(rows, [&](const table_row& row) {
+    if (row.fields.size() == 1) return true;
+    std::size_t width = width_of(row.remark) > long_remark ? 0 : width_of(row.remark);
+    for (std::size_t i = 0; i < row.fields.size(); ++i) width += widths[i] + 2;
+    return width <= terminal + (row.remark.empty() ? 2 : 0);
+  });
+}
+
+/// Takes the columns away that are as dispensable as that or, when it is 0, those that say nothing.
+void take_away(int dispensable, std::vector<column>& columns, std::vector<table_row>& rows) {
+  constexpr std::size_t n_fixed = 2;
+  for (std::size_t i = columns.size(); i-- > n_fixed;) {
+    const bool is_said = std::any_of(rows.begin() + 1, rows.end(), [i](const table_row& row) {
+      return row.fields.size() > i && !row.fields[i].empty();
+    });
+    if (dispensable == 0 ? is_said : columns[i].dispensable != dispensable) continue;
+    const auto at = static_cast<std::ptrdiff_t>(i);
+    columns.erase(columns.begin() + at);
+    for (table_row& row : rows) {
+      if (row.fields.size() > i) row.fields.erase(row.fields.begin() + at);
+    }
+  }
 }
 
 void write_row(const table_row& row, const std::vector<column>& columns,
                const std::vector<std::size_t>& widths, text_writer& out) {
   std::string line;
-  for (std::size_t i = 0; i < row.size(); ++i) {
-    const std::size_t padding = widths[i] - std::min(widths[i], width_of(row[i]));
-    if (i > 0) line += "  ";
+  for (std::size_t i = 0; i < row.fields.size(); ++i) {
+    const std::size_t padding = widths[i] - width_of(row.fields[i]);
     if (columns[i].is_numeric) line.append(padding, ' ');
-    line += row[i];
+    line += row.fields[i];
     if (!columns[i].is_numeric) line.append(padding, ' ');
+    line += "  ";
   }
+  line += row.remark;
   out.put(std::string_view(line).substr(0, line.find_last_not_of(' ') + 1)).put(nl);
 }
 
@@ -92,31 +130,27 @@ bool has_result(const file_report& report) {
 /// A row of the table, for a result or for the totals.
 table_row row_of(const file_report& report, std::string file, std::string result,
                  bool with_hairlines) {
-  table_row row = {std::move(file),
-                   std::move(result),
-                   saved_text(report),
-                   count_text(report.bytes_before),
-                   count_text(report.bytes_after),
-                   count_text(report.polygons_before),
-                   count_text(report.polygons_after),
-                   seconds_text(report.seconds)};
+  std::vector<std::string> fields = {std::move(file),
+                                     std::move(result),
+                                     saved_text(report),
+                                     count_text(report.bytes_before),
+                                     count_text(report.bytes_after),
+                                     count_text(report.polygons_before),
+                                     count_text(report.polygons_after),
+                                     seconds_text(report.seconds)};
   if (with_hairlines) {
-    row.push_back(hairlines_text(report.hairlines_before));
-    row.push_back(hairlines_text(report.hairlines_after));
+    fields.push_back(hairlines_text(report.hairlines_before));
+    fields.push_back(hairlines_text(report.hairlines_after));
   }
-  row.push_back(report.way);
-  row.push_back(report.picture);
-  return row;
+  fields.push_back(report.way);
+  return {std::move(fields), printable(report.reason)};
 }
 
 /// Of a file without a result the row says why, and has no numbers.
 table_row row_of(const file_report& report, bool with_hairlines) {
   std::string file = printable(report.file.native());
-  if (!has_result(report)) return {std::move(file), in_words(report)};
-  table_row row =
-      row_of(report, std::move(file), std::string(name_of(report.result)), with_hairlines);
-  if (!report.reason.empty()) row.back() = printable(report.reason);
-  return row;
+  if (!has_result(report)) return {{std::move(file)}, in_words(report)};
+  return row_of(report, std::move(file), std::string(name_of(report.result)), with_hairlines);
 }
 
 /// What the results sum up to. What none of them knows is unknown.
@@ -169,11 +203,17 @@ std::string saved_text(const file_report& report) {
 }
 
 void write_table(const std::vector<file_report>& reports, bool with_hairlines, text_writer& out) {
-  const std::vector<column> columns = columns_of_table(with_hairlines);
+  std::vector<column> columns = columns_of_table(with_hairlines);
   std::vector<table_row> rows(1);
-  for (const column& c : columns) rows.front().emplace_back(c.heading);
+  for (const column& c : columns) rows.front().fields.emplace_back(c.heading);
   for (const file_report& report : reports) rows.push_back(row_of(report, with_hairlines));
   rows.push_back(row_of(total_of(reports), "all results", "", with_hairlines));
+  take_away(0, columns, rows);
+  int dispensable = 0;
+  for (const column& c : columns) dispensable = std::max(dispensable, c.dispensable);
+  for (; dispensable > 0 && !fit_terminal(rows); --dispensable) {
+    take_away(dispensable, columns, rows);
+  }
 
   const std::vector<std::size_t> widths = widths_of(rows);
   for (const table_row& row : rows) write_row(row, columns, widths, out);

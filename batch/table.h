@@ -15,8 +15,9 @@ std::string in_words(const file_report& report);
 /// By how much the result is smaller, "12.3 %"; empty where there is none.
 std::string saved_text(const file_report& report);
 
-/// Writes the reports as a table for people, with the totals of the results and a tally. Its first
-/// columns fit on a terminal. Reports without a result have no numbers.
+/// Writes the reports as a table for people, with the totals of the results and a tally. Columns
+/// that say nothing are left out, and the less important ones where rows of results would be wider
+/// than a terminal. Reports without a result have no numbers.
 void write_table(const std::vector<file_report>& reports, bool with_hairlines, text_writer& out);
 
 /// What a report that write_tsv has written begins with.

@@ -30,15 +30,15 @@ file_report written(const std::string& file) {
 
 TEST(table, lines_up_and_sums_up_what_was_written) {
   file_report failed;
-  failed.file = "a figure with a long name\x1b[2J.eps";
+  failed.file = "name\x1b[2J.eps";
   failed.result = verdict::failed;
   failed.reason = "gs:\rno\nfont\xc2\x9b!";
   failed.bytes_before = 77;
   file_report existing = written("c.eps");
   existing.result = verdict::exists;
-  existing.reason = "-f replaces it";
+  existing.reason = "older than the figure; -f replaces it";
   captured_text out;
-  write_table({written("\xc3\xa4.eps"), failed, existing}, true, out);
+  write_table({written("\xc3\xa4.eps"), failed, existing}, false, out);
   const std::vector<std::string> lines = split(out.text(), '\n');
   ASSERT_EQ(lines.size(), 6U);
   // A letter of two bytes takes one column.
@@ -46,8 +46,7 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   // Numbers end in the same column, and what is wide comes last.
   EXPECT_EQ(lines[3].find(" 1000 "), lines[4].find(" 2000 "));
   EXPECT_EQ(lines[1].find("written  70.0 %"), lines[3].find("exists   70.0 %") + 1);
-  EXPECT_TRUE(lines[3].ends_with("-s2  -f replaces it")) << lines[3];
-  EXPECT_NE(lines[1].find("500/40"), std::string::npos);
+  EXPECT_TRUE(lines[3].ends_with("-s2  older than the figure; -f replaces it")) << lines[3];
   // Where there is no result there are no numbers.
   EXPECT_TRUE(
       lines[2].ends_with("name?[2J.eps  FAILED: gs:?no?font?"
@@ -59,9 +58,38 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   EXPECT_EQ(lines[5], "3 files: 1 written, 1 FAILED, 1 exists");
   EXPECT_EQ(printable("\xe2\x82\xac"), "\xe2\x82\xac");
   EXPECT_EQ(printable(std::string_view("\xe2\x82\xac", 2)), "??") << "a character that is cut";
-  captured_text plain;
-  write_table({written("c.eps")}, false, plain);
-  EXPECT_EQ(plain.text().find("500"), std::string::npos);
+}
+
+TEST(table, leaves_out_what_would_make_it_wider_than_a_terminal) {
+  const auto headings = [](const std::vector<file_report>& reports, bool with_hairlines) {
+    captured_text out;
+    write_table(reports, with_hairlines, out);
+    const std::vector<std::string> lines = split(out.text(), '\n');
+    for (std::size_t n = 0; n + 1 < lines.size(); ++n) EXPECT_LE(lines[n].size(), 80U) << lines[n];
+    return lines.front().substr(lines.front().find("result"));
+  };
+  EXPECT_EQ(headings({written("c.eps")}, false),
+            "result    saved  bytes  after  polygons  after  seconds  way");
+  file_report large = written("thirty_letters_are_no_long.eps");
+  large.bytes_before = 66'800'000;
+  large.bytes_after = 60'000'000;
+  large.way = "detour pdf";
+  EXPECT_EQ(headings({large}, false), "result    saved     bytes     after  way");
+  large.hairlines_before = {6429, 6429};
+  EXPECT_EQ(headings({large}, true), "result    saved  hairlines  after  way");
+  large.result = verdict::possible;
+  EXPECT_EQ(headings({large}, false), "result             saved  way");
+  large.result = verdict::exists;
+  large.reason = "-f replaces it";
+  EXPECT_EQ(headings({large}, false), "result   saved  way");
+  // What nobody knows has no column, and a long name costs no other.
+  large = written("c.eps");
+  large.way = "";
+  large.polygons_before = large.polygons_after = {};
+  EXPECT_EQ(headings({large}, true), "result    saved  bytes  after  seconds  hairlines  after");
+  captured_text out;
+  write_table({written(std::string(90, 'n'))}, false, out);
+  EXPECT_NE(out.text().find(" bytes "), std::string::npos);
 }
 
 TEST(table, as_tab_separated_values_keeps_every_byte_apart) {
