@@ -76,11 +76,13 @@ bool is_whole_text(std::string_view repaired, std::string_view original) {
 /// The length in which readers look for what begins and ends a document.
 constexpr std::size_t pdf_margin = 1024;
 
+bool has_pdf_mark(std::string_view pdf) {
+  return pdf.substr(0, pdf_margin).find(pdf::result_mark) != std::string_view::npos;
+}
+
 earlier_result judge_pdf(std::string_view result, std::string_view original) {
   if (result == original) return earlier_result::complete;
-  if (result.substr(0, pdf_margin).find(pdf::result_mark) == std::string_view::npos) {
-    return earlier_result::not_ours;
-  }
+  if (!has_pdf_mark(result)) return earlier_result::not_ours;
   const std::size_t tail = result.size() - std::min(result.size(), pdf_margin);
   return result.find("%%EOF", tail) == std::string_view::npos ? earlier_result::unfinished
                                                               : earlier_result::complete;
@@ -108,6 +110,34 @@ earlier_result look_for_result(const fs::path& place, const fs::path& original) 
     return earlier_result::not_ours;
   }
   return judge_result(result, read_whole(original));
+}
+
+bool is_marked(std::string_view text) {
+  if (kind_of(text) == file_kind::pdf) return has_pdf_mark(text);
+  const processing found = processing_of(text);
+  return found.lines > 0 && !found.rest.empty();
+}
+
+bool is_marked_file(const fs::path& file) {
+  try {
+    input_file opened(file);
+    std::string head;
+    // Mostly this is enough; a preview in comments makes them long.
+    for (std::size_t wanted = std::size_t{8} << 10; processing_of(head).rest.empty(); wanted *= 2) {
+      std::size_t size = head.size();
+      head.resize(wanted);
+      while (size < wanted) {
+        const std::size_t count = opened.read(head.data() + size, wanted - size);
+        if (count == 0) break;
+        size += count;
+      }
+      head.resize(size);
+      if (size < wanted) break;
+    }
+    return is_marked(head);
+  } catch (const run_error&) {
+    return false;
+  }
 }
 
 }  // namespace trellion::batch

@@ -23,4 +23,11 @@ earlier_result look_for_result(const std::filesystem::path& place,
 /// lacks the last line of its original.
 earlier_result judge_result(std::string_view result, std::string_view original);
 
+/// Whether a text is a result of ours, of whatever figure: it has a processing line and goes on
+/// behind it, or is PDF with our mark.
+bool is_marked(std::string_view text);
+
+/// Whether a file is. It is read as far as its first comments go. What cannot be read is none.
+bool is_marked_file(const std::filesystem::path& file);
+
 }  // namespace trellion::batch

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "batch/detour.h"
+#include "batch/earlier_result.h"
 #include "batch/inputs.h"
 #include "batch/prolog.h"
 #include "batch/whole_file.h"
@@ -76,7 +77,8 @@ figure look_at(const fs::path& file) {
           written,
           kind,
           kind == file_kind::pdf ? eps_page() : read_page(postscript(text)),
-          kind != file_kind::pdf && is_one_bitmap(postscript(text))};
+          kind != file_kind::pdf && is_one_bitmap(postscript(text)),
+          is_marked(text)};
 }
 
 bool is_unchanged(const figure& looked_at) {

@@ -21,6 +21,7 @@ struct figure {
   file_kind kind{};
   eps_page page;
   bool is_one_bitmap = false;  ///< by pdftops, of a page with something transparent
+  bool is_marked = false;      ///< as a result of ours
 };
 
 /// Looks at a file. Throws run_error when it is no regular file that can be read.

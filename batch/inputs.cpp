@@ -97,9 +97,8 @@ void input_search::add_folder(const fs::path& folder) {
       std::error_code ignored;
       const bool is_folder = at->is_directory(ignored) && !at->is_symlink(ignored);
       if (is_folder && !is_output_directory(path)) folders.push_back(path);
-      if (is_figure_name(path) && at->is_regular_file(ignored) && !is_result(path)) {
-        files.push_back(path);
-      }
+      const bool is_figure = is_figure_name(path) && at->is_regular_file(ignored);
+      if (is_figure && !is_marked_file(path) && !is_result(path)) files.push_back(path);
     }
     if (!error) continue;
     found_.complete = false;
@@ -168,6 +167,7 @@ std::vector<fs::path> names_in(const std::string& list) {
   std::vector<fs::path> names;
   std::istringstream lines(list);
   for (std::string name; std::getline(lines, name, end);) {
+    if (end == '\n' && name.ends_with('\r')) name.pop_back();
     if (!name.empty()) names.emplace_back(name);
   }
   return names;

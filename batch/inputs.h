@@ -33,16 +33,16 @@ struct found_inputs {
 
 /// The named files, and for every folder the files below it whose names end in .eps, .epsf, .epsi
 /// or, where PDF can be repaired, .pdf, in order of their names. No file occurs twice; what is
-/// hidden in folders, and results of ours, are left out. What cannot be looked into is reported on
-/// standard error.
-/// Results go beside their figures or, under the names of these, into the output directory, in the
-/// same folders below it as below the folder that was named. It is not searched for figures when it
-/// is within such a folder. Where results would get in each other's way, or in that of their
-/// figures, the figure is refused.
+/// hidden in folders, and results of ours, whatever their names, are left out. What cannot be
+/// looked into is reported on standard error. Results go beside their figures or, under the names
+/// of these, into the output directory, in the same folders below it as below the folder that was
+/// named. It is not searched for figures when it is within such a folder. Where results would get
+/// in each other's way, or in that of their figures, the figure is refused.
 found_inputs find_inputs(const std::vector<std::filesystem::path>& named,
                          const std::filesystem::path& output_directory = {});
 
-/// The names in a list: one in a line or, when there are such, a NUL after each.
+/// The names in a list: one in a line, which may end with CR LF, or, when there are such, a NUL
+/// after each.
 std::vector<std::filesystem::path> names_in(const std::string& list);
 
 /// Whether two paths are spellings of one place, or lead to one file.

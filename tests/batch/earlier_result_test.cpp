@@ -52,6 +52,25 @@ TEST(earlier_results, in_pdf_have_a_mark_or_are_copies) {
   EXPECT_EQ(judge_result(marked, original), earlier_result::unfinished);
 }
 
+TEST(earlier_results, of_any_figure_are_told_by_their_marks) {
+  const scratch_directory directory;
+  const auto is_marked = [&](const std::string& text) {
+    directory.write("a", text);
+    EXPECT_EQ(batch::is_marked(text), batch::is_marked_file(directory.path() / "a"));
+    return batch::is_marked(text);
+  };
+  std::string preview;
+  while (preview.size() < 100'000) preview += "% 00ff00ff\n";
+  const std::string pdf = "%PDF-1.4\n" + std::string(pdf::result_mark) + "\n1 0 obj\n";
+  EXPECT_TRUE(is_marked(head + preview + line + "showpage\n"));
+  EXPECT_TRUE(is_marked(pdf));
+  for (const auto& text : {std::string(), head + "showpage\n", head + "1 1 m\n" + line + "f\n",
+                           head + preview + line, std::string("%PDF-1.4\n1 0 obj\n")}) {
+    EXPECT_FALSE(is_marked(text)) << text.substr(0, 100);
+  }
+  EXPECT_FALSE(batch::is_marked_file(directory.path() / "none"));
+}
+
 TEST(earlier_results, are_files) {
   const scratch_directory directory;
   const auto found = [&](const std::string& place) {

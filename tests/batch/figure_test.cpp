@@ -141,5 +141,24 @@ TEST_F(figures, come_whole_from_a_detour_or_not_at_all) {
   EXPECT_FALSE(fs::exists(directory.path() / "b.eps"));
 }
 
+TEST_F(figures, with_something_transparent_come_as_bitmaps_from_a_detour) {
+  const figure original =
+      figure_of(header + "%%BoundingBox: 0 0 60 40\n" +
+                "{0.5 .setfillconstantalpha} stopped pop\n" + drawing_at(0, 0) + "showpage\n");
+  take_detour_to("b.eps", original);
+  fs::remove(directory.path() / "b.eps");
+  // By itself Ghostscript knows no such thing in PostScript.
+  with.tools.gs =
+      write_script(directory, "gs", "exec " + *with.tools.gs + " -dALLOWPSTRANSPARENCY \"$@\"");
+  try {
+    take_detour_to("b.eps", original);
+    ADD_FAILURE() << "it was not noticed";
+  } catch (const dead_end& end) {
+    EXPECT_EQ(end.result, verdict::not_kept);
+    EXPECT_TRUE(end.reason.starts_with("the detour makes one bitmap")) << end.reason;
+  }
+  EXPECT_FALSE(fs::exists(directory.path() / "b.eps"));
+}
+
 }  // namespace
 }  // namespace trellion::testing

@@ -28,6 +28,7 @@ TEST(inputs, are_figures_and_no_results_each_once) {
         "d/.g.eps", "n.ps", "d/e/p.Pdf", "d/author.eps", "d/author_r.eps"}) {
     directory.write(name, "%!\n");
   }
+  directory.write("d/done.eps", "%!\n%%Processed by trellion version 3\nshowpage\n");
   directory.write("d/e/p_r.Pdf", "");
   directory.write("d/b_r.eps", "%%Processed by trellion version 3\n");
   fs::create_directory_symlink("..", "d/loop");
@@ -57,6 +58,8 @@ TEST(inputs, are_figures_and_no_results_each_once) {
   }
   EXPECT_EQ(find_inputs({"elsewhere/e.eps", "e.eps"}, "o").figures.front().refusal, "");
 
+  EXPECT_EQ(names_in("a\r\n\r\nb\nc"), (paths{"a", "b", "c"}));
+  EXPECT_EQ(names_in(std::string("a\r\0b", 4)), (paths{"a\r", "b"}));
   EXPECT_EQ(result_path("d/a.b.eps"), "d/a.b_r.eps");
   EXPECT_TRUE(is_same_place("d/e/../b.eps", "./d/b.eps"));
   EXPECT_FALSE(is_same_place("d/b.eps", "d/a.EPSI"));
