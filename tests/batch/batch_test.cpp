@@ -17,13 +17,17 @@ TEST_F(batches, keep_what_is_smaller_and_shows_the_same) {
   fs::permissions(directory.path() / "in folder/-a.b.EPS", fs::perms(0640));
   directory.write("none.eps", figure_of(""));
   directory.write("small.eps", figure_of(to_postscript(random_mesh(1, 2, 1))));
+  directory.write("single.eps",
+                  figure_of("0 0 m 9 0 l 0 9 l f\n9 0 m 9 9 l 0 9 l f\n9 0 m 9 -9 l 0 0 l f\n"));
   EXPECT_EQ(run(". none.eps").status, 0);
   EXPECT_EQ(directory.read("in folder/-a.b.EPS"), picture);
   EXPECT_LT(directory.read("in folder/-a.b_r.EPS").size(), picture.size());
   EXPECT_EQ(fs::status(directory.path() / "in folder/-a.b_r.EPS").permissions(), fs::perms(0640));
   const std::map<std::string, std::string> expected = {
       {"./in folder/-a.b.EPS", "written"},
-      {"./none.eps", "nothing to join: no polygons found"},
+      {"./none.eps", "nothing to join: no polygons found; --auto tries other ways"},
+      {"./single.eps",
+       "nothing to join: no polygons found; -s1 finds some to join, --auto tries more"},
       {"./small.eps", "not kept: the result is not smaller"}};
   EXPECT_EQ(results(), expected);
 
@@ -32,7 +36,7 @@ TEST_F(batches, keep_what_is_smaller_and_shows_the_same) {
   EXPECT_EQ(run("--keep . 'in folder/-a.b_r.EPS'").status, 0);
   EXPECT_EQ(results()["./in folder/-a.b.EPS"], "exists: -f replaces it");
   EXPECT_EQ(results()["in folder/-a.b_r.EPS"], "skipped: it is the result of another figure");
-  EXPECT_EQ(results().size(), 4U);
+  EXPECT_EQ(results().size(), 5U);
   EXPECT_EQ(directory.read("in folder/-a.b_r.EPS"), old_result);
   EXPECT_TRUE(exists("small_r.eps"));
   shell("touch -d @1 in*/*_r.EPS", directory);
@@ -49,12 +53,15 @@ TEST_F(batches, replace_what_is_unfinished_and_nothing_that_is_not_theirs) {
   directory.write("c_r.eps", "");
   directory.write("d.eps", figure_of(""));
   directory.write("d_r.eps", "");
+  EXPECT_EQ(run("-n a.eps").status, 0);
+  EXPECT_EQ(results()["a.eps"], "would be written: in place of 'a_r.eps', which is unfinished");
   for (const std::string options : {"", "-f "}) {
     EXPECT_EQ(run(options + "--no-verify --keep *.eps").status, 1);
     EXPECT_EQ(results()["a.eps"], "written");
     EXPECT_TRUE(results()["b.eps"].starts_with("FAILED: 'b_r.eps' is no result of ours"));
     EXPECT_EQ(results()["d.eps"],
-              "nothing to join: no polygons found; 'd_r.eps' is unfinished: remove it");
+              "nothing to join: no polygons found; --auto tries other ways; "
+              "'d_r.eps' is unfinished: remove it");
     EXPECT_EQ(results()["a_r.eps"], "skipped: it is the result of another figure");
     EXPECT_EQ(directory.read("b_r.eps"), plain_figure(2));
     EXPECT_GT(directory.read("a_r.eps").size(), 100U);
@@ -79,10 +86,17 @@ TEST_F(batches, write_elsewhere_or_nowhere) {
 
   // A run that is taken up again keeps the rows that it had.
   const std::string rows = directory.read("t.tsv");
-  directory.write("list", "in/b\nin\n");
-  const outcome again = run("--output-dir out/new in");
+  directory.write("list", "in\r\n");
+  const outcome again = run("--output-dir out/new --files-from list");
   EXPECT_EQ(directory.read("t.tsv").substr(0, 400), rows.substr(0, 400));
   EXPECT_NE(again.out.find("2 files: 2 exists"), std::string::npos) << again.out;
+  // Results are none to work on, whatever their names.
+  EXPECT_EQ(run("-n . out/new/deep/a.eps").status, 0);
+  const std::map<std::string, std::string> expected = {
+      {"./in/deep/a.eps", "would be written"},
+      {"./in/b\\nb.eps", "would be written"},
+      {"out/new/deep/a.eps", "skipped: it is a result of trellion already"}};
+  EXPECT_EQ(results(), expected);
   EXPECT_EQ(run("--output-dir in/deep in/deep/a.eps").status, 1);
   EXPECT_EQ(directory.read("in/deep/a.eps"), plain_figure(1));
 }
@@ -158,6 +172,23 @@ TEST_F(batches, tell_failures_and_go_on) {
   EXPECT_EQ(full.status, 1);
   EXPECT_NE(full.out.find("exists"), std::string::npos);
   EXPECT_NE(full.err.find("No space left on device"), std::string::npos);
+}
+
+TEST_F(batches, are_content_where_a_larger_result_is_right) {
+  // Every second pair of numbers is relative to the one before it: what shares an edge in the text
+  // does not on the page, but for the last two.
+  std::string page = "/l {rlineto} def\n";
+  for (const std::string x : {"0", "10", "20", "30", "40"}) {
+    page += x + " 0 m 9 0 l " + x + " 9 l h f\n" + x + " 9 m 9 0 l 9 9 l h f\n";
+  }
+  page += "0 0 m 9 0 l 0 9 l h f\n9 0 m 0 9 l 9 9 l h f\n";
+  directory.write("a.eps", figure_of(page));
+  EXPECT_EQ(run("a.eps").status, 1);
+  EXPECT_TRUE(results()["a.eps"].starts_with("WITHHELD: the picture changed"));
+  EXPECT_EQ(run("--auto a.eps").status, 0);
+  EXPECT_EQ(results()["a.eps"],
+            "not kept: the result is not smaller; what another way led to is withheld");
+  EXPECT_FALSE(exists("a_r.eps"));
 }
 
 /// The figures that are easy to repair in a wrong way. figures/draw.py says what each is about.
