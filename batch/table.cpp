@@ -197,7 +197,7 @@ std::string saved_text(const file_report& report) {
   const auto before = static_cast<double>(*report.bytes_before);
   constexpr double percent = 100;
   std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%.1f %%",
+  std::snprintf(text.data(), text.size(), "%.1f%%",
                 percent * (before - static_cast<double>(*report.bytes_after)) / before);
   return text.data();
 }

@@ -12,7 +12,7 @@ namespace trellion::batch {
 /// What became of a file in a few words: the verdict and, unless a result was written, why.
 std::string in_words(const file_report& report);
 
-/// By how much the result is smaller, "12.3 %"; empty where there is none.
+/// By how much the result is smaller, "12.3%"; empty where there is none.
 std::string saved_text(const file_report& report);
 
 /// Writes the reports as a table for people, with the totals of the results and a tally. Columns

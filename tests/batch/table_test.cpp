@@ -45,14 +45,14 @@ TEST(table, lines_up_and_sums_up_what_was_written) {
   EXPECT_EQ(lines[1].find("-s2"), lines[3].find("-s2") + 1);
   // Numbers end in the same column, and what is wide comes last.
   EXPECT_EQ(lines[3].find(" 1000 "), lines[4].find(" 2000 "));
-  EXPECT_EQ(lines[1].find("written  70.0 %"), lines[3].find("exists   70.0 %") + 1);
+  EXPECT_EQ(lines[1].find("written  70.0%"), lines[3].find("exists   70.0%") + 1);
   EXPECT_TRUE(lines[3].ends_with("-s2  older than the figure; -f replaces it")) << lines[3];
   // Where there is no result there are no numbers.
   EXPECT_TRUE(
       lines[2].ends_with("name?[2J.eps  FAILED: gs:?no?font?"
                          "?!"))
       << lines[2];
-  for (const auto* total : {" 70.0 % ", " 20 ", " 4 ", " 2000 ", " 600 ", " 2.5"}) {
+  for (const auto* total : {" 70.0% ", " 20 ", " 4 ", " 2000 ", " 600 ", " 2.5"}) {
     EXPECT_NE(lines[4].find(total), std::string::npos) << total;
   }
   EXPECT_EQ(lines[5], "3 files: 1 written, 1 FAILED, 1 exists");
@@ -69,24 +69,24 @@ TEST(table, leaves_out_what_would_make_it_wider_than_a_terminal) {
     return lines.front().substr(lines.front().find("result"));
   };
   EXPECT_EQ(headings({written("c.eps")}, false),
-            "result    saved  bytes  after  polygons  after  seconds  way");
+            "result   saved  bytes  after  polygons  after  seconds  way");
   file_report large = written("thirty_letters_are_no_long.eps");
   large.bytes_before = 66'800'000;
   large.bytes_after = 60'000'000;
   large.way = "detour pdf";
-  EXPECT_EQ(headings({large}, false), "result    saved     bytes     after  way");
+  EXPECT_EQ(headings({large}, false), "result   saved     bytes     after  way");
   large.hairlines_before = {6429, 6429};
-  EXPECT_EQ(headings({large}, true), "result    saved  hairlines  after  way");
+  EXPECT_EQ(headings({large}, true), "result   saved  hairlines  after  way");
   large.result = verdict::possible;
-  EXPECT_EQ(headings({large}, false), "result             saved  way");
+  EXPECT_EQ(headings({large}, false), "result            saved  way");
   large.result = verdict::exists;
   large.reason = "-f replaces it";
-  EXPECT_EQ(headings({large}, false), "result   saved  way");
+  EXPECT_EQ(headings({large}, false), "result  saved  way");
   // What nobody knows has no column, and a long name costs no other.
   large = written("c.eps");
   large.way = "";
   large.polygons_before = large.polygons_after = {};
-  EXPECT_EQ(headings({large}, true), "result    saved  bytes  after  seconds  hairlines  after");
+  EXPECT_EQ(headings({large}, true), "result   saved  bytes  after  seconds  hairlines  after");
   captured_text out;
   write_table({written(std::string(90, 'n'))}, false, out);
   EXPECT_NE(out.text().find(" bytes "), std::string::npos);
