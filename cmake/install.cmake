@@ -63,4 +63,7 @@ between them. trellion-batch does so for many files, and compares the
 pictures before it keeps a result. trellion-pdf does so in PDF files, and
 leaves everything else in them as it is. trellion-frames draws the joining
 step by step.")
+# Where the locale is C the archiver cannot read names with letters beyond ASCII.
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/PackLocale.cmake CONTENT "set(ENV{LC_ALL} C.UTF-8)\n")
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/PackLocale.cmake)
 include(CPack)
