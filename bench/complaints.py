@@ -1,10 +1,11 @@
 """Repairs figures of the kinds that people complain about, and prints a Markdown table.
 
 Each is given to `trellion-batch --auto`; where nothing is kept the cells are empty and the last
-column says why. "closed" is what `trellion-pdf --close` makes of PDF. Polygons are those that trellion-batch found. "draw s"
-is processor time, user and system, the least of all runs, to draw the figure at 144 dpi, anti-aliased:
-EPS by Ghostscript, PDF by pdftoppm. "hairlines" are the pixels that trellion-batch counts as such
-in the drawings at 144 dpi of Ghostscript and poppler (cairo) together.
+column says why. "closed" is what `trellion-pdf --close` makes of PDF, and `trellion-batch --auto -r`
+keeps of EPS. Polygons are those that trellion-batch found. "draw s" is processor time, user and
+system, the least of all runs, to draw the figure at 144 dpi, anti-aliased: EPS by Ghostscript, PDF by
+pdftoppm. "hairlines" are the pixels that trellion-batch counts as such in the drawings at 144 dpi of
+Ghostscript and poppler (cairo) together.
 """
 
 import argparse
@@ -119,14 +120,15 @@ class Measurement:
         self.runs = arguments.runs
         self.directory = directory
 
-    def repair(self, figures):
-        """Repairs copies of the figures; returns their results and the rows of the report, by name."""
-        directory = self.directory / "joined"
+    def repair(self, figures, directory, *options):
+        """Repairs copies of the figures in a directory; returns their results and the rows of the
+        report, by figure."""
         directory.mkdir(exist_ok=True)
         copies = [shutil.copy(figure, directory) for figure in figures]
         report = directory / "report.tsv"
         words = [self.tools.build / "trellion-batch", "--auto", "-fq", "--report", report]
-        subprocess.run([*words, *copies], env=ENVIRONMENT, stdout=subprocess.DEVNULL, check=False)
+        words += [*options, *copies]
+        subprocess.run(words, env=ENVIRONMENT, stdout=subprocess.DEVNULL, check=False)
         with open(report, encoding="utf-8", newline="") as file:
             rows = list(csv.DictReader(file, delimiter="\t", quoting=csv.QUOTE_NONE))
         found = {Path(row["file"]).name: row for row in rows}
@@ -134,11 +136,18 @@ class Measurement:
             fail("the report of trellion-batch has not all figures")
         return {figure: (repaired_path(directory / figure), row) for figure, row in found.items()}
 
+    def join(self, figures):
+        """Joins the figures, and closes those of EPS; those of PDF are closed one by one."""
+        eps = [figure for figure in figures if figure.suffix == ".eps"]
+        if eps:
+            self.repair(eps, self.directory / "closed", "-r")
+        return self.repair(figures, self.directory / "joined")
+
     def close(self, figure):
-        """What closing makes of a PDF figure; of EPS a file that is not there."""
-        made = self.directory / "closed" / figure.name
-        made.parent.mkdir(exist_ok=True)
+        """What closing makes of a figure; of EPS perhaps a file that is not there."""
+        made = repaired_path(self.directory / "closed" / figure.name)
         if figure.suffix == ".pdf":
+            made.parent.mkdir(exist_ok=True)
             self.tools.run(self.tools.build / "trellion-pdf", "--close", "-f", "-o", made, figure)
         return made
 
@@ -201,7 +210,7 @@ def main():
         directory.mkdir(parents=True, exist_ok=True)
         figures = drawn_figures(directory, arguments.only)
         measurement = Measurement(arguments, directory)
-        joined = measurement.repair(figures)
+        joined = measurement.join(figures)
         print(f"{processor()}; the least of {arguments.runs} runs.\n", flush=True)
         table = Table(COLUMNS)
         with ThreadPoolExecutor(arguments.jobs) as pool:
