@@ -5,12 +5,14 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=$top/build/bench
 . "$top/scripts/need.sh"
 
-# build_bench [PROGRAM=PACKAGE ...]: with packages, where needed, beyond the compiler.
+# build_bench [PROGRAM=PACKAGE ...]: with packages, where needed, beyond the compiler. Only what is in
+# `targets` is built, when there is something in it.
+targets=()
 build_bench() {
   need g++=g++ cmake=cmake make=make python3=python3 "$@"
   (
     cd "$top"
     cmake --preset release -B "$build" -DTRELLION_BENCH=ON
-    cmake --build "$build" --parallel "$(nproc)"
+    cmake --build "$build" --parallel "$(nproc)" ${targets:+--target "${targets[@]}"}
   ) >/dev/null
 }

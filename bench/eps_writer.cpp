@@ -44,8 +44,8 @@ void eps_writer::colour(int level) {
   number(55 - level * 20 / level_count).put(" setrgbcolor\n");
 }
 
-void eps_writer::polygon(std::span<const point> vertices) {
-  vertex(vertices.front(), names_.moveto);
+void eps_writer::polygon(std::span<const point> vertices, std::string_view moveto) {
+  vertex(vertices.front(), moveto);
   for (const point p : vertices.subspan(1)) vertex(p, names_.lineto);
   put(names_.closepath).put(' ').put(names_.fill).put('\n');
 }

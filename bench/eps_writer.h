@@ -37,7 +37,9 @@ class eps_writer {
   /// The colour of one of `level_count` levels, which the next polygons have.
   void colour(int level);
   /// A polygon on a line of its own.
-  void polygon(std::span<const point> vertices);
+  void polygon(std::span<const point> vertices) { polygon(vertices, names_.moveto); }
+  /// The same with another name for moveto.
+  void polygon(std::span<const point> vertices, std::string_view moveto);
   /// The end of the file; hands everything over.
   void end();
 

@@ -14,6 +14,12 @@ std::span<const family> all_families() {
       {"gear", "large zigzag outlines, each notch filled by a triangle", write_gear},
       {"bumps", "one large zigzag outline, each edge with a triangle outside", write_bumps},
       {"book", "triangles that all share one edge", write_book},
+      {"collide", "triangles, an edge of each made to collide in a hash table", write_collide},
+      {"words", "pairs of triangles, a name for moveto to each, made to collide too", write_words},
+      {"stack", "one triangle again and again", write_stack},
+      {"layers", "a mesh of quads, a hundred times on top of itself", write_layers},
+      {"ladder", "two large zigzag outlines, and quads as rungs between them", write_ladder},
+      {"fan", "triangles that all share one corner", write_fan},
       {"numbers", "long stretches of numbers with a small mesh among them", write_numbers},
       {"text", "other PostScript with a small mesh among it", write_text},
   };

@@ -43,6 +43,15 @@ void write_gear(eps_writer& out, const request& what);
 void write_bumps(eps_writer& out, const request& what);
 void write_book(eps_writer& out, const request& what);
 
+// What somebody could make, or draw by mistake, to keep such a program busy.
+
+void write_collide(eps_writer& out, const request& what);
+void write_words(eps_writer& out, const request& what);
+void write_stack(eps_writer& out, const request& what);
+void write_layers(eps_writer& out, const request& what);
+void write_ladder(eps_writer& out, const request& what);
+void write_fan(eps_writer& out, const request& what);
+
 // Files that are not mostly polygons, as large as the one of write_contour.
 
 void write_numbers(eps_writer& out, const request& what);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <utility>
 #include <vector>
 
 #include "families.h"
@@ -10,8 +9,6 @@
 
 namespace bench {
 namespace {
-
-constexpr int only_level = 5;
 
 template <class Mesh>
 void write_by_level(eps_writer& out, const request& what, const Mesh& mesh) {
@@ -79,7 +76,7 @@ void write_shuffle(eps_writer& out, const request& what) {
   std::vector<std::size_t> order(mesh.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   random_source random(what.seed);
-  for (std::size_t i = order.size(); i > 1; --i) std::swap(order[i - 1], order[random.below(i)]);
+  shuffle(order, random);
 
   out.begin(what.title, mesh.grid().top_right());
   out.colour(only_level);

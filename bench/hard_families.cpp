@@ -10,7 +10,6 @@
 namespace bench {
 namespace {
 
-constexpr int only_level = 5;
 constexpr int strip_height = extent / 10;
 constexpr int base_height = strip_height / 4;
 constexpr int tooth_height = strip_height / 2;
@@ -125,9 +124,7 @@ void write_book(eps_writer& out, const request& what) {
     if (i % 2 == 1) triangles.push_back({high, low, {margin + extent, y}});
   }
   random_source random(what.seed);
-  for (std::size_t i = pages; i > 1; --i) {
-    std::swap(triangles[i - 1], triangles[random.below(i)]);
-  }
+  shuffle(triangles, random);
 
   out.begin(what.title, {2 * margin + extent, high.y + margin});
   out.colour(only_level);

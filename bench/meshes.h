@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "eps_writer.h"
@@ -26,10 +27,18 @@ class random_source {
   std::uint64_t state_;
 };
 
+/// Puts values in random order.
+template <class Value>
+void shuffle(std::vector<Value>& values, random_source& random) {
+  for (std::size_t i = values.size(); i > 1; --i) std::swap(values[i - 1], values[random.below(i)]);
+}
+
 /// The frame that is left free around every picture.
 inline constexpr int margin = 1000;
 /// How wide and high a picture is drawn when it can be: that of a figure on a page.
 inline constexpr int extent = 60'000;
+/// The colour of pictures that have one.
+inline constexpr int only_level = 5;
 
 /// A grid of about `cells` cells, as many columns as rows.
 class cell_grid {
