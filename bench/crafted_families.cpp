@@ -182,6 +182,7 @@ void write_words(eps_writer& out, const request& what) {
   out.end();
 }
 
+/// Two of them cancel out, and then there is no polygon to be written: the repair ends early.
 void write_stack(eps_writer& out, const request& what) {
   constexpr int end = margin + extent;
   constexpr triangle same{{{margin, margin}, {end, margin}, {margin, end}}};
@@ -191,14 +192,22 @@ void write_stack(eps_writer& out, const request& what) {
   out.end();
 }
 
-void write_layers(eps_writer& out, const request& what) {
-  constexpr int layers = 100;
-  const quad_mesh mesh(what.polygons / layers);
-  out.begin(what.title, mesh.grid().top_right());
-  out.colour(only_level);
-  for (int layer = 0; layer < layers; ++layer) {
-    for (std::size_t i = 0; i < mesh.size(); ++i) out.polygon(mesh.polygon(i));
+/// They share the edges at the lower left; their fourth points stand on the way to the upper right.
+void write_kites(eps_writer& out, const request& what) {
+  const auto count = static_cast<int>(what.polygons);
+  const int step = std::max(1, extent / (2 * count));
+  const int middle = margin + extent / 2;
+  const int end = middle + (count + 1) * step;
+  random_source random(what.seed);
+  std::vector<quad> kites;
+  for (int i = 1; i <= count; ++i) {
+    const int fourth = middle + i * step;
+    kites.push_back({{{middle, margin}, {margin, margin}, {margin, middle}, {fourth, fourth}}});
   }
+  shuffle(kites, random);
+  out.begin(what.title, {end + margin, end + margin});
+  out.colour(only_level);
+  for (const quad& kite : kites) out.polygon(kite);
   out.end();
 }
 

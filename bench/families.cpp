@@ -17,7 +17,7 @@ std::span<const family> all_families() {
       {"collide", "triangles, an edge of each made to collide in a hash table", write_collide},
       {"words", "pairs of triangles, a name for moveto to each, made to collide too", write_words},
       {"stack", "one triangle again and again", write_stack},
-      {"layers", "a mesh of quads, a hundred times on top of itself", write_layers},
+      {"kites", "quads that all share the same two edges", write_kites},
       {"ladder", "two large zigzag outlines, and quads as rungs between them", write_ladder},
       {"fan", "triangles that all share one corner", write_fan},
       {"numbers", "long stretches of numbers with a small mesh among them", write_numbers},

@@ -48,7 +48,7 @@ void write_book(eps_writer& out, const request& what);
 void write_collide(eps_writer& out, const request& what);
 void write_words(eps_writer& out, const request& what);
 void write_stack(eps_writer& out, const request& what);
-void write_layers(eps_writer& out, const request& what);
+void write_kites(eps_writer& out, const request& what);
 void write_ladder(eps_writer& out, const request& what);
 void write_fan(eps_writer& out, const request& what);
 

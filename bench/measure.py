@@ -1,35 +1,25 @@
 """Measures trellion on generated meshes of growing size and prints a Markdown table.
 
 Time is processor time, user and system, the least of all runs; memory is the largest resident set.
-Nothing is subtracted. "growth" is the time as a multiple of that at the size before.
+Nothing is subtracted. "growth" is the time as a multiple of that at the size before. What no longer
+fits into the caches of the machine takes part in it, and none in "growth of instructions".
 """
 
-import argparse
 import shutil
 import tempfile
 from pathlib import Path
+from typing import NamedTuple
 
-from measuring import (
-    InstructionCounter,
-    Stopped,
-    Table,
-    Tools,
-    best,
-    fail,
-    list_of,
-    positive,
-    processor,
-    ratio,
-    repaired_path,
-)
+from measuring import (FAMILIES, InstructionCounter, Stopped, Table, Tools, add_limit_option,
+                       add_mesh_options, add_seed_option, argument_parser, best, fail, processor,
+                       ratio, repaired_path, write_into)
 
-FAMILIES = "contour tri rows one mixed shuffle isolated gear bumps book numbers text".split()
 COLUMNS = [
     ("family", 8),
-    ("polygons", 8),
-    ("bytes", 9),
-    ("before", 8),
-    ("after", 8),
+    ("polygons", 9),
+    ("bytes", 11),
+    ("before", 9),
+    ("after", 9),
     ("CPU s", 8),
     ("growth", 6),
     ("wc -w s", 8),
@@ -37,29 +27,30 @@ COLUMNS = [
     ("peak MB", 8),
     ("peak / input", 12),
 ]
+COUNTED = [
+    ("instructions", 14),
+    ("growth of instructions", 22),
+]
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/run", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
+    parser = argument_parser("bench/run", __doc__)
     add = parser.add_argument
-    sizes = [10**4, 10**5, 10**6]
-    add("--sizes", type=list_of(positive), default=sizes, help="default 10000,100000,1000000")
-    families = "some of " + ", ".join(FAMILIES)
-    add("--families", type=list_of(str), default=FAMILIES, help=families)
-    add("--runs", type=positive, default=3, help="runs of each (default 3)")
-    add("--seed", type=positive, default=1, help="seed of the meshes (default 1)")
+    add_mesh_options(parser, sizes=[10**4, 10**5, 10**6], families=FAMILIES, runs=3)
+    add_seed_option(parser)
     add("--long", action="store_true", help="moveto lineto closepath fill for operators")
     add("--program", type=Path, help="measure this program instead")
-    stop = "stop a run, and leave out larger sizes, after so much time"
-    add("--limit", type=positive, default=0, metavar="SECONDS", help=stop)
+    add_limit_option(parser, "a run, and leave out larger sizes,")
     counting = "count instructions too (without hardware counters: slowly)"
     add("--instructions", action="store_true", help=counting)
-    arguments = parser.parse_args()
-    unknown = [name for name in arguments.families if name not in FAMILIES]
-    if unknown:
-        parser.error("no such family: " + ", ".join(unknown))
-    return arguments
+    writing = "put the table, of the largest size of each family, into doc/details.md as well"
+    add("--write", action="store_true", help=writing)
+    return parser.parse_args()
+
+
+class Effort(NamedTuple):
+    seconds: float
+    instructions: int
 
 
 class Benchmark:
@@ -71,14 +62,17 @@ class Benchmark:
         self.runs = arguments.runs
         self.input = Path(directory) / "mesh.eps"
         self.counter = InstructionCounter() if arguments.instructions else None
+        self.columns = COLUMNS + COUNTED if self.counter else COLUMNS
 
-    def introduce(self):
+    def introduction(self):
+        """How it is measured, in lines of a document."""
         idle = best([self.tools.run("true") for _ in range(self.runs)])
-        print(f"{processor()}; {self.runs} runs of each, locale C, seed {self.tools.seed}.")
-        print(f"A program that does nothing: {idle.seconds:.4f} s, {idle.peak / 1e6:.2f} MB.")
+        lines = [f"{processor()}; {self.runs} runs of each, seed {self.tools.seed}.",
+                 "The locale is C, of trellion as of `wc -w`.",
+                 f"A program that does nothing: {idle.seconds:.4f} s, {idle.peak / 1e6:.2f} MB."]
         if self.counter:
-            print(f"Instructions counted with {self.counter.name}.")
-        print(flush=True)
+            lines.append(f"Instructions counted with {self.counter.name}.")
+        return lines + [""]
 
     def measure_alternately(self):
         """The program and wc by turns, so that a slow moment of the machine meets both."""
@@ -88,8 +82,8 @@ class Benchmark:
             counts.append(self.tools.run("wc", "-w", self.input))
         return best(repairs), best(counts)
 
-    def row(self, family, size, time_before):
-        """The cells of one row, and the time measured. Raises Stopped."""
+    def row(self, family, size, before):
+        """The cells of one row, and what grows: seconds and instructions. Raises Stopped."""
         usage, wc = self.measure_alternately()
         input_size = self.input.stat().st_size
         cells = [
@@ -99,41 +93,46 @@ class Benchmark:
             self.tools.count_polygons(self.input),
             self.tools.count_polygons(repaired_path(self.input)),
             f"{usage.seconds:.4f}",
-            ratio(usage.seconds, time_before),
+            ratio(usage.seconds, before.seconds),
             f"{wc.seconds:.4f}",
             ratio(usage.seconds, wc.seconds),
             f"{usage.peak / 1e6:.2f}",
             ratio(usage.peak, input_size),
         ]
+        count = self.counter.count([self.program, self.input]) if self.counter else 0
         if self.counter:
-            cells.append(self.counter.count([self.program, self.input]))
-        return cells, usage.seconds
+            cells += [count, ratio(count, before.instructions)]
+        return cells, Effort(usage.seconds, count)
 
     def stopped_row(self, family, size):
         cells = [family, size, self.input.stat().st_size, self.tools.count_polygons(self.input)]
         cells += ["-", f"> {self.tools.limit}"]
-        return cells + ["-"] * (len(COLUMNS) + bool(self.counter) - len(cells))
+        return cells + ["-"] * (len(self.columns) - len(cells))
 
     def measure_family(self, family, sizes, table):
-        time_before = None
+        """Prints the rows of a family, and returns the last."""
+        effort = Effort(0, 0)
         for size in sizes:
             self.tools.make_mesh(family, size, self.input)
             try:
-                cells, time_before = self.row(family, size, time_before)
+                cells, effort = self.row(family, size, effort)
             except Stopped:
-                table.row(self.stopped_row(family, size))
-                return
-            table.row(cells)
+                return table.row(self.stopped_row(family, size))
+            line = table.row(cells)
+        return line
 
 
 def main():
     arguments = parse_arguments()
     with tempfile.TemporaryDirectory(prefix="bench") as directory:
         benchmark = Benchmark(arguments, directory)
-        benchmark.introduce()
-        table = Table(COLUMNS + [("instructions", 14)] * arguments.instructions)
-        for family in arguments.families:
-            benchmark.measure_family(family, sorted(arguments.sizes), table)
+        introduction = benchmark.introduction()
+        print("\n".join(introduction), flush=True)
+        table = Table(benchmark.columns)
+        largest = [benchmark.measure_family(family, sorted(arguments.sizes), table)
+                   for family in arguments.families]
+    if arguments.write:
+        write_into("details.md", "bench/run", introduction + table.head + largest)
 
 
 if __name__ == "__main__":

@@ -5,28 +5,17 @@ comes before it (reading the file and making the geometry objects; nothing is wr
 whole run of trellion (reading, joining, writing).
 """
 
-import argparse
 import subprocess
 import tempfile
 from pathlib import Path
 
-from measuring import (
-    Stopped,
-    Table,
-    Tools,
-    best,
-    fail,
-    list_of,
-    positive,
-    processor,
-    ratio,
-    repaired_path,
-)
+from measuring import (Stopped, Table, Tools, add_limit_option, add_mesh_options, argument_parser,
+                       best, fail, processor, ratio, repaired_path, write_into)
 
-FAMILIES = ["contour", "tri"]
+WITHOUT_OVERLAPS = ["contour", "tri"]
 COLUMNS = [
     ("mesh", 7),
-    ("polygons", 8),
+    ("polygons", 9),
     ("GEOS union s", 12),
     ("GEOS with reading s", 12),
     ("trellion whole run s", 12),
@@ -37,15 +26,11 @@ COLUMNS = [
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/peers", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
-    add = parser.add_argument
-    add("--sizes", type=list_of(positive), default=[10**5, 10**6], help="default 100000,1000000")
-    without_overlaps = "kinds of meshes without overlaps (default contour,tri)"
-    add("--families", type=list_of(str), default=FAMILIES, help=without_overlaps)
-    add("--runs", type=positive, default=3, help="runs of each (default 3)")
-    stop = "stop a run of trellion after so much time"
-    add("--limit", type=positive, default=0, metavar="SECONDS", help=stop)
+    parser = argument_parser("bench/peers", __doc__)
+    add_mesh_options(parser, sizes=[10**5, 10**6], families=WITHOUT_OVERLAPS, runs=3)
+    add_limit_option(parser, "a run of trellion")
+    writing = "put the table, of the largest size of each mesh, into doc/details.md as well"
+    parser.add_argument("--write", action="store_true", help=writing)
     return parser.parse_args()
 
 
@@ -88,14 +73,19 @@ def compare(tools, runs, path):
 def main():
     arguments = parse_arguments()
     tools = Tools(arguments.build, limit=arguments.limit)
-    print(f"{processor()}; {arguments.runs} runs of each.\n")
+    introduction = [f"{processor()}; {arguments.runs} runs of each.", ""]
+    print("\n".join(introduction), flush=True)
     table = Table(COLUMNS)
+    largest = []
     with tempfile.TemporaryDirectory(prefix="bench") as directory:
         path = Path(directory) / "mesh.eps"
         for family in arguments.families:
             for size in sorted(arguments.sizes):
                 tools.make_mesh(family, size, path)
-                table.row([family, size, *compare(tools, arguments.runs, path)])
+                line = table.row([family, size, *compare(tools, arguments.runs, path)])
+            largest.append(line)
+    if arguments.write:
+        write_into("details.md", "bench/peers", introduction + table.head + largest)
 
 
 if __name__ == "__main__":

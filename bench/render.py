@@ -5,22 +5,21 @@ hairlines are the pixels that trellion-batch counts in such drawings: of the fig
 makes of it, and of what -r does; none where it withholds the result.
 """
 
-import argparse
 import csv
 import shutil
 import subprocess
 import tempfile
 from pathlib import Path
 
-from measuring import (ENVIRONMENT, Table, Tools, best, fail, list_of, positive, processor,
-                       repaired_path)
+from measuring import (ENVIRONMENT, Table, Tools, add_mesh_options, argument_parser, best, fail,
+                       processor, repaired_path)
 
 EXAMPLE = Path(__file__).resolve().parent.parent / "examples" / "surface.eps"
-FAMILIES = "contour tri rows".split()
+SURFACES = "contour tri rows".split()
 COLUMNS = [
     ("figure", 8),
-    ("polygons", 8),
-    ("after", 8),
+    ("polygons", 9),
+    ("after", 9),
     ("MB", 6),
     ("after", 6),
     ("repair s", 8),
@@ -33,11 +32,8 @@ COLUMNS = [
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/render", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
-    sizes = [10**5, 10**6]
-    parser.add_argument("--sizes", type=list_of(positive), default=sizes, help="default 100000,1000000")
-    parser.add_argument("--runs", type=positive, default=3, help="runs of each (default 3)")
+    parser = argument_parser("bench/render", __doc__)
+    add_mesh_options(parser, sizes=[10**5, 10**6], families=SURFACES, runs=3)
     return parser.parse_args()
 
 
@@ -81,7 +77,7 @@ def main():
         table = Table(COLUMNS)
         shutil.copy(EXAMPLE, measurement.figure)
         table.row(measurement.row("example"))
-        for family in FAMILIES:
+        for family in arguments.families:
             for size in arguments.sizes:
                 measurement.tools.make_mesh(family, size, measurement.figure)
                 table.row(measurement.row(family))

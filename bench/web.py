@@ -12,12 +12,13 @@ import tempfile
 import time
 from pathlib import Path
 
-from measuring import Table, Tools, fail, list_of, positive, processor, ratio, repaired_path
+from measuring import (Table, Tools, add_mesh_options, argument_parser, fail, processor, ratio,
+                       repaired_path)
 
-FAMILIES = ["contour", "one"]
+DEFAULT_FAMILIES = ["contour", "one"]
 COLUMNS = [
     ("mesh", 7),
-    ("polygons", 8),
+    ("polygons", 9),
     ("MB", 6),
     ("native s", 8),
     ("wasm s", 8),
@@ -28,13 +29,9 @@ COLUMNS = [
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/web", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
+    parser = argument_parser("bench/web", __doc__)
     parser.add_argument("--package", required=True, help=argparse.SUPPRESS)
-    add = parser.add_argument
-    add("--sizes", type=list_of(positive), default=[10**5, 10**6], help="default 100000,1000000")
-    add("--families", type=list_of(str), default=FAMILIES, help="default contour,one")
-    add("--runs", type=positive, default=5, help="runs of each (default 5)")
+    add_mesh_options(parser, sizes=[10**5, 10**6], families=DEFAULT_FAMILIES, runs=5)
     return parser.parse_args()
 
 

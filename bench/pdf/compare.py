@@ -9,13 +9,12 @@ each by its centre, at 288 dpi; x when the pages are not as many or as large. At
 figures of few colours, of those with one for every cell, and of the rest.
 """
 
-import argparse
 import subprocess
 import tempfile
 from pathlib import Path
 
 from drawing import draw
-from measuring import Table, Tools, best, positive, processor
+from measuring import Table, Tools, argument_parser, best, positive, processor
 from pages import cairo_pages, count_pixels, hairlines
 from polygons import count_polygons
 
@@ -23,7 +22,7 @@ HERE = Path(__file__).resolve().parent
 COLUMNS = [
     ("figure", 20),
     ("program", 15),
-    ("bytes", 8),
+    ("bytes", 10),
     ("share", 6),
     ("polygons", 8),
     ("repair s", 8),
@@ -38,8 +37,7 @@ KINDS = {"few": "few colours", "each": "each its own", "rest": "the rest"}
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/pdf/run", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
+    parser = argument_parser("bench/pdf/run", __doc__)
     add = parser.add_argument
     add("figures", nargs="*", type=Path, help="these PDF files instead of those drawn here")
     add("--sums", action="store_true", help="print the sums alone")

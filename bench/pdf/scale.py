@@ -4,19 +4,18 @@ Time is processor time, user and system, the least of all runs; memory is the la
 "growth" is the time as a multiple of that at the size before.
 """
 
-import argparse
 import tempfile
 from pathlib import Path
 
 import make_pdf
-from measuring import Table, Tools, best, list_of, positive, processor, ratio
+from measuring import Table, Tools, argument_parser, best, list_of, positive, processor, ratio
 from polygons import count_polygons
 
 COLUMNS = [
     ("file", 12),
-    ("size", 8),
-    ("bytes", 9),
-    ("after", 9),
+    ("size", 9),
+    ("bytes", 11),
+    ("after", 11),
     ("polygons", 8),
     ("after", 8),
     ("CPU s", 7),
@@ -30,8 +29,7 @@ KINDS = {
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(prog="bench/pdf/run --scale", description=__doc__.splitlines()[0])
-    parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
+    parser = argument_parser("bench/pdf/run --scale", __doc__)
     add = parser.add_argument
     sizes = [10**5, 10**6]
     add("--sizes", type=list_of(positive), default=sizes, help="of meshes, default 100000,1000000")
