@@ -101,6 +101,10 @@ file_report repair_file(const work_item& item, const batch_options& options,
                          ? "in place of " + there + ", which is unfinished"
                          : "; " + there + " is unfinished: remove it";
   }
+  const bool is_gone = report.result == verdict::written || report.result == verdict::possible;
+  if (earlier == earlier_result::complete && options.replace && !is_gone) {
+    report.reason += "; '" + item.result.filename().string() + "' is of an earlier run";
+  }
   report.file = item.file;
   report.bytes_before = n_bytes;
   report.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -44,6 +44,8 @@ TEST_F(batches, keep_what_is_smaller_and_shows_the_same) {
   EXPECT_EQ(results()["./in folder/-a.b.EPS"], "exists: older than the figure; -f replaces it");
   EXPECT_EQ(run("-f --no-verify .").status, 0);
   EXPECT_NE(directory.read("in folder/-a.b_r.EPS"), old_result);
+  EXPECT_EQ(results()["./small.eps"],
+            "not kept: the result is not smaller; 'small_r.eps' is of an earlier run");
 }
 
 TEST_F(batches, replace_what_is_unfinished_and_nothing_that_is_not_theirs) {
