@@ -4,12 +4,19 @@
 
 #include "fields.h"
 #include "param.h"
+#include "token_cursor.h"
 
 namespace trellion {
 namespace {
 
 constexpr std::string_view macro_body =
     " {closepath gsave 0 setlinewidth stroke grestore fill} bind def";
+
+/// Counts plain polygons. They have at least two vertices.
+struct counting_sink {
+  static void vertex(const char* /*x*/, const char* /*y*/) {}
+  static bool end_polygon(std::uint32_t n_vertices) { return n_vertices >= 2; }
+};
 
 /// Reads one run of polygons. The first polygon names the operators: two or more numbers, moveto,
 /// then pairs of numbers with lineto, end polygon and trailing operators. Every further polygon
@@ -27,9 +34,11 @@ class run_pattern {
 
  private:
   bool read_first_polygon();
+  [[nodiscard]] bool may_repeat() const;
   bool read_separators();
   bool read_further_polygon();
   bool read_trailing();
+  void read_plain();
 
   bool read_vertex() {
     return tokens_.next_is_number() && tokens_.next_is_number() &&
@@ -49,10 +58,12 @@ class run_pattern {
 };
 
 std::int64_t run_pattern::read() {
-  if (!read_first_polygon() || !read_separators()) return 0;
+  if (!read_first_polygon() || !may_repeat() || !read_separators()) return 0;
   // The x of the next polygon is read already: it is what ended the separators.
   polygons_ = 1;
-  while (read_further_polygon() && tokens_.next_is_number()) {
+  while (read_further_polygon()) {
+    read_plain();
+    if (!tokens_.next_is_number()) break;
   }
   return polygons_;
 }
@@ -74,6 +85,15 @@ bool run_pattern::read_first_polygon() {
   set.end_polygon_token = tokens_.last();
   return !tokens_.at_end() && tokens_.last().is_string() && last_differs_from(set.moveto_token) &&
          last_differs_from(set.lineto_token);
+}
+
+/// False when the next number cannot be the x of a further polygon, which saves gathering the
+/// operators before it.
+bool run_pattern::may_repeat() const {
+  token_cursor cursor(tokens_.rest());
+  if (!cursor.next_number() || !cursor.next()) return true;
+  if (!cursor.is_number()) return false;
+  return !cursor.next() || cursor.is(operator_text(set.moveto_token.text));
 }
 
 /// The trailing operators, up to the first number of the next polygon.
@@ -124,6 +144,19 @@ bool run_pattern::read_trailing() {
   return true;
 }
 
+void run_pattern::read_plain() {
+  plain_operators operators{operator_text(set.moveto_token.text),
+                            operator_text(set.lineto_token.text),
+                            operator_text(set.end_polygon_token.text),
+                            {}};
+  for (const token& t : set.trailing_operators) operators.trailing.emplace_back(t.text);
+  counting_sink sink;
+  const std::int64_t n_polygons = read_plain_polygons(tokens_, operators, sink);
+  if (n_polygons == 0) return;
+  polygons_ += n_polygons;
+  record_end();
+}
+
 /// A text that two sets share exactly when their operators are equal. Token texts hold no blank,
 /// and only trailing operators can be of another kind than string.
 std::string signature(const drawing_token_set& set) {
@@ -135,6 +168,29 @@ std::string signature(const drawing_token_set& set) {
     text.append(t.text).append(t.kind == token_kind::varying ? "  " : " ");
   }
   return text;
+}
+
+/// Where the next run could start, or earlier: two or more numbers, an operator, two numbers and
+/// another operator.
+token_list next_possible_run(const token_list& list) {
+  token_cursor cursor(list);
+  token_cursor::place here = cursor.here();
+  token_cursor::place before = here;
+  std::int64_t n_here = 0;    // numbers in this stretch of them so far
+  std::int64_t n_before = 0;  // and in the one before, when one operator stands between
+  while (n_here + n_before > 0 ? cursor.next() : cursor.next_number()) {
+    if (cursor.is_number()) {
+      if (n_here++ == 0) here = cursor.here();
+    } else if (n_before >= 2 && n_here == 2) {
+      return cursor.list_from(before);
+    } else {
+      n_before = cursor.is_brace() ? 0 : n_here;
+      before = here;
+      n_here = 0;
+    }
+  }
+  if (n_before >= 2) return cursor.list_from(before);
+  return cursor.list_from(n_here > 0 ? here : cursor.here());
 }
 
 /// True when the macro's body stands at the head of a list, which then moves past it.
@@ -175,6 +231,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
   const drawing_token_set* best = nullptr;
   token_list start = list;
   while (!start.empty()) {
+    start = next_possible_run(start);
     token_list next = start;
     if (!next.take_head().is_number()) {
       start = next;

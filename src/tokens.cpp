@@ -8,6 +8,7 @@
 #include "fields.h"
 #include "param.h"
 #include "string_utils.h"
+#include "token_marks.h"
 
 namespace trellion {
 namespace {
@@ -20,6 +21,14 @@ const char* skip_blanks(const char* position, const char* end) {
 const char* skip_line_end(const char* position, const char* end) {
   const bool pair = position[0] == '\r' && end - position > 1 && position[1] == '\n';
   return position + (pair ? 2 : 1);
+}
+
+/// The start of the last word or brace before `end`, blanks and line ends after it left aside.
+const char* start_of_last_word(const char* begin, const char* end) {
+  while (end != begin && (end[-1] == ' ' || is_line_end(end[-1]))) --end;
+  if (end != begin && ends_word(end[-1])) return end - 1;
+  while (end != begin && !ends_word(end[-1])) --end;
+  return end;
 }
 
 void report_read_failure(std::string_view text, int error_number, text_writer& console) {
@@ -81,7 +90,18 @@ void write_token(const token& token, text_writer& out) {
 }
 
 void purge(token_range tokens, text_writer& out) {
-  while (!tokens.begin.same_head(tokens.end)) write_token(tokens.begin.take_head(), out);
+  token_list& list = tokens.begin;
+  const char* const end = tokens.end.text_begin();
+  while (!list.same_head(tokens.end)) {
+    // All that writing its tokens would restore is written as it stands, up to the token that other
+    // layout follows, or that ends the text: its last line counts as ended in any case.
+    const char* const begin = list.text_begin();
+    const char* after = find_other_layout(begin, end);
+    if (after != end || end == list.text_end()) after = start_of_last_word(begin, after);
+    out.put({begin, static_cast<std::size_t>(after - begin)});
+    list = list.moved_to(after, list.line_number());
+    if (after != end) write_token(list.take_head(), out);
+  }
 }
 
 void purge_comments(token_list& list, text_writer& out) {

@@ -71,6 +71,15 @@ class token_list {
   [[nodiscard]] bool same_head(const token_list& other) const {
     return position_ == other.position_;
   }
+  /// The list from another place of the same text on: the start of a token, or of its blanks.
+  [[nodiscard]] token_list moved_to(const char* position, std::int64_t line_number) const {
+    token_list result = *this;
+    result.position_ = position;
+    result.line_number_ = line_number;
+    return result;
+  }
+  /// Where the text begins that is left.
+  [[nodiscard]] const char* text_begin() const { return position_; }
   /// Where the text ends that the tokens stand in.
   [[nodiscard]] const char* text_end() const { return end_; }
   /// The length of the text that is left.
@@ -104,6 +113,12 @@ class token_matcher {
   /// Reads a token and tells whether it is a number, or equals the given one.
   bool next_is_number() { return next() && last_.is_number(); }
   bool next_is(const token& expected) { return next() && tok_eq_tok(last_, expected); }
+  /// Passes over `count` tokens, the last of which begins the given list, as if they were read.
+  void pass_to(const token_list& last, std::int64_t count) {
+    rest_ = last;
+    next();
+    count_ += count - 1;
+  }
 
   /// True when the last token was asked for in vain.
   [[nodiscard]] bool at_end() const { return at_end_; }
@@ -157,7 +172,7 @@ void purge_comments(token_list& list, text_writer& out);
 /// Writes a one-line description of a token: its blanks, text, line and line ends.
 void display_token(const token& token, text_writer& out);
 
-// In the header because every token of the input goes through it, twice at least.
+// In the header because it is what most of the time goes into where a text is not plain.
 inline void token_list::take_head(token& head) {
   const char* begin = position_;
   while (*begin == ' ') ++begin;  // the list is not empty: a token stands before its end

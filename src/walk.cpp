@@ -2,18 +2,36 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "token_cursor.h"
+
 namespace trellion {
 namespace {
+
+/// Takes the plain polygons of a run into its group.
+struct group_sink {
+  polygon_group& group;
+  std::size_t n_vertices;  ///< of the polygons that have ended
+
+  void vertex(const char* x, const char* y) const { group.vertices.push_back({x, y}); }
+  bool end_polygon(std::uint32_t n) {
+    group.n_vertices.push_back(n);
+    n_vertices = group.vertices.size();
+    return true;
+  }
+};
 
 /// Reads consecutive polygons of exactly one form, up to the token that breaks the run, and gathers
 /// their vertices in a group.
 class run_matcher {
  public:
-  run_matcher(const token_list& list, const drawing_token_set& operators, polygon_group& group)
-      : operators_(operators), group_(group), tokens_(list) {
+  /// `plain` has the operators' texts, unless one of them varies.
+  run_matcher(const token_list& list, const drawing_token_set& operators,
+              const std::optional<plain_operators>& plain, polygon_group& group)
+      : operators_(operators), plain_(plain), group_(group), tokens_(list) {
     group_.begin = list;
     group_.end = list;
     // Much more than is needed does not cost memory that is not used; growing would be copying.
@@ -33,6 +51,7 @@ class run_matcher {
   }
 
  private:
+  void read_plain();
   bool read_polygon();
   bool read_vertex(const token& op);
   bool read_trailing();
@@ -40,6 +59,7 @@ class run_matcher {
   void end_group_here();
 
   const drawing_token_set& operators_;
+  const std::optional<plain_operators>& plain_;
   polygon_group& group_;
   token_matcher tokens_;
   std::int64_t polygons_ = 0;
@@ -48,10 +68,24 @@ class run_matcher {
 };
 
 std::int64_t run_matcher::read() {
-  while (tokens_.next_is_number() && read_polygon()) ++polygons_;
+  read_plain();
+  while (tokens_.next_is_number() && read_polygon()) {
+    ++polygons_;
+    read_plain();
+  }
   group_.vertices.resize(n_vertices_);
   group_.n_vertices.resize(n_polygons_);
   return polygons_;
+}
+
+void run_matcher::read_plain() {
+  if (!plain_) return;
+  group_sink sink{group_, group_.vertices.size()};
+  const std::int64_t n_polygons = read_plain_polygons(tokens_, *plain_, sink);
+  group_.vertices.resize(sink.n_vertices);
+  if (n_polygons == 0) return;
+  polygons_ += n_polygons;
+  end_group_here();
 }
 
 /// Reads a polygon after its first number.
@@ -115,6 +149,36 @@ std::vector<std::string_view> operator_texts(const drawing_token_set& operators)
   return texts;
 }
 
+std::optional<plain_operators> plain_operators_of(const drawing_token_set& operators) {
+  plain_operators plain{operator_text(operators.moveto_token.text),
+                        operator_text(operators.lineto_token.text),
+                        operator_text(operators.end_polygon_token.text),
+                        {}};
+  for (const token& t : operators.trailing_operators) {
+    if (t.kind == token_kind::varying) return std::nullopt;
+    plain.trailing.emplace_back(t.text);
+  }
+  return plain;
+}
+
+/// Where the next run could start, two numbers and a moveto, or earlier. Every token before would
+/// be written: a run tried there would be broken by its third token at the latest. When that is a
+/// number too it is written with the two before it, so numbers are counted in threes; after another
+/// token no number is left that it could belong to.
+token_list next_possible_run(const token_list& list, const operator_text& moveto) {
+  token_cursor cursor(list);
+  token_cursor::place start = cursor.here();
+  while (cursor.next_number()) {
+    start = cursor.here();
+    if (!cursor.next()) return cursor.list_from(start);
+    if (!cursor.is_number()) continue;
+    if (!cursor.next()) return cursor.list_from(start);
+    if (!cursor.is_number() && cursor.is(moveto)) return cursor.list_from(start);
+  }
+  // A number here is the third of its three.
+  return cursor.list_from(cursor.is_number() ? start : cursor.here());
+}
+
 }  // namespace
 
 void walk(token_list list, const drawing_token_set& operators, text_writer& out,
@@ -123,29 +187,32 @@ void walk(token_list list, const drawing_token_set& operators, text_writer& out,
   const auto is_operator = [&texts](const token& t) {
     return t.is_string() && std::ranges::binary_search(texts, t.text);
   };
+  const operator_text moveto(operators.moveto_token.text);
+  const std::optional<plain_operators> plain = plain_operators_of(operators);
   polygon_group group;
+  token_list unwritten = list;  // what lies between it and the list is to be written
   while (!list.empty()) {
+    list = next_possible_run(list, moveto);
     token_list rest = list;
     const token head = rest.take_head();
     if (!head.is_number()) {  // no polygon starts here, and none can be broken
-      write_token(head, out);
       list = rest;
       continue;
     }
-    run_matcher run(list, operators, group);
+    run_matcher run(list, operators, plain, group);
     if (run.read() >= 2) {
-      const token_list after = group.end;
+      purge({unwritten, list}, out);
+      unwritten = group.end;
+      list = group.end;
       handle_group(group);
-      list = after;
     } else if (run.breaker() != nullptr && is_operator(*run.breaker())) {
       // The operator may itself belong to a polygon that starts between the head and it.
-      write_token(head, out);
       list = rest;
     } else {
-      purge({list, run.after_breaker()}, out);
       list = run.after_breaker();
     }
   }
+  purge({unwritten, list}, out);
 }
 
 }  // namespace trellion
