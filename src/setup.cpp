@@ -29,8 +29,9 @@ class run_pattern {
   /// Reads as far as the pattern goes and returns the number of polygons read.
   std::int64_t read();
 
-  drawing_token_set set;  ///< the operators; token_count reaches to `resume`
-  token_list resume;      ///< after the last polygon, or its last operator that did not vary
+  drawing_token_set set;     ///< the operators; token_count reaches to `resume`
+  token_list resume;         ///< after the last polygon, or its last operator that did not vary
+  token_list after_numbers;  ///< after the first token that is no number
 
  private:
   bool read_first_polygon();
@@ -69,10 +70,12 @@ std::int64_t run_pattern::read() {
 }
 
 bool run_pattern::read_first_polygon() {
-  if (!tokens_.next_is_number() || !tokens_.next_is_number()) return false;
-  while (tokens_.next_is_number()) {  // any number of numbers may stand before the first polygon
+  // Any number of numbers may stand before the first polygon.
+  while (tokens_.next_is_number()) {
+    if (tokens_.count() > 2) pass_numbers(tokens_);
   }
-  if (tokens_.at_end() || !tokens_.last().is_string()) return false;
+  after_numbers = tokens_.rest();
+  if (tokens_.count() < 3 || tokens_.at_end() || !tokens_.last().is_string()) return false;
   set.moveto_token = tokens_.last();
 
   if (!tokens_.next_is_number() || !tokens_.next_is_number() || !tokens_.next()) return false;
@@ -202,14 +205,19 @@ bool definition_follows(token_list& rest) {
 }
 
 /// True when the name is used for the macro's definition at most. Sets `existing` to the first
-/// place that holds it.
-bool is_safe_name(std::string_view name, token_list rest, std::optional<token_list>& existing,
-                  bool verbose, text_writer& console) {
-  while (!rest.empty()) {
-    const token_list here = rest;
-    const token t = rest.take_head();
-    if (!t.is_string() || t.text != name) continue;
+/// place that holds it, without its line.
+bool is_safe_name(std::string_view name, const token_list& list,
+                  std::optional<token_list>& existing, bool verbose, text_writer& console) {
+  const std::string_view text(list.text_begin(), list.n_bytes());
+  for (std::size_t at = text.find(name); at != text.npos; at = text.find(name, at + 1)) {
+    const std::size_t after = at + name.size();
+    const bool is_token =
+        (at == 0 || ends_word(text[at - 1])) && (after == text.size() || ends_word(text[after]));
+    if (!is_token) continue;
 
+    const token_list here = list.from(&text[at], 0);
+    token_list rest = here;
+    rest.take_head();
     if (verbose) console.put("pgf macro ").put(name).put(" detected ...");
     const bool native = definition_follows(rest);
     if (verbose) console.put(native ? " native" : " foreign").put(nl);
@@ -241,8 +249,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
     if (run.read() < 2) {
       // Any later start in the same stretch of numbers would meet the same tokens and fail like
       // this one, and the last number alone cannot start a polygon: go on after the stretch.
-      while (!start.empty() && start.take_head().is_number()) {
-      }
+      start = run.after_numbers;
       continue;
     }
 

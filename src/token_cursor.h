@@ -85,15 +85,13 @@ class token_cursor {
     return {text(), line_number_, marks_.line_ends & ((std::uint64_t{1} << bit_) - 1)};
   }
   [[nodiscard]] token_list list_from(const place& start) const {
-    const char* text = start.text;
-    while (text != list_.text_begin() && text[-1] == ' ') --text;
-    return list_.moved_to(text, start.line_number + std::popcount(start.line_ends));
+    return list_.from(start.text, start.line_number + std::popcount(start.line_ends));
   }
 
  private:
   bool next_block() {
     const char* const next = block_ + marks_.length;
-    if (!words_are_text || next == list_.text_end()) return false;
+    if (next == list_.text_end()) return false;
     const token_marks marks = mark_tokens(next, list_.text_end());
     if (marks.length == 0) return false;
     line_number_ += std::popcount(marks_.line_ends);
@@ -110,6 +108,15 @@ class token_cursor {
   std::uint64_t left_ = 0;
   int bit_ = 0;
 };
+
+/// Reads the numbers that follow, or some of them.
+inline void pass_numbers(token_matcher& tokens) {
+  token_cursor cursor(tokens.rest());
+  token_cursor::place last = cursor.here();
+  std::int64_t count = 0;
+  for (; cursor.next_is_number(); ++count) last = cursor.here();
+  if (count > 0) tokens.pass_to(cursor.list_from(last), count);
+}
 
 /// The operators of plain polygons: their texts never change.
 struct plain_operators {

@@ -12,11 +12,12 @@
 #endif
 
 namespace trellion {
+
+#ifdef __SSE2__
+
 namespace {
 
 constexpr std::size_t block_bytes = 64;
-
-#ifdef __SSE2__
 
 /// The 64 bytes at a place of a text.
 class byte_block {
@@ -51,48 +52,6 @@ class byte_block {
 
   __m128i parts_[4];
 };
-
-#else
-
-/// The 64 bytes at a place of a text, eight to a word.
-class byte_block {
- public:
-  explicit byte_block(const char* text) {
-    for (std::size_t i = 0; i < words_.size(); ++i) words_[i] = load_word(text + 8 * i);
-  }
-
-  /// The bytes that are one of the given characters.
-  template <char... Chars>
-  [[nodiscard]] std::uint64_t any_of() const {
-    return mask([](std::uint64_t word) { return (zeros(word ^ each * Chars) | ...); });
-  }
-  [[nodiscard]] std::uint64_t digits() const {
-    return mask([](std::uint64_t word) {
-      const std::uint64_t values = word ^ each * '0';  // 0 to 9 where there is a digit
-      return ~(((values & each * 0x7f) + each * 0x76) | values);
-    });
-  }
-
- private:
-  static constexpr std::uint64_t each = 0x0101010101010101;
-
-  static std::uint64_t zeros(std::uint64_t word) {
-    return ~(((word & each * 0x7f) + each * 0x7f) | word);
-  }
-  /// The test sets the high bits of the bytes that it is true for. The product gathers them.
-  template <typename Test>
-  [[nodiscard]] std::uint64_t mask(Test test) const {
-    std::uint64_t bits = 0;
-    for (std::size_t i = words_.size(); i-- > 0;) {
-      bits = bits << 8 | ((test(words_[i]) >> 7 & each) * 0x0102040810204080) >> 56;
-    }
-    return bits;
-  }
-
-  std::array<std::uint64_t, block_bytes / 8> words_;
-};
-
-#endif
 
 /// A word of 64 bytes or more.
 token_marks long_word(const char* text, const char* end) {
@@ -157,18 +116,25 @@ token_marks mark_tokens(const char* text, const char* end) {
   return marks;
 }
 
+#else
+
+// Made without such instructions the masks take longer than splitting the tokens off.
+token_marks mark_tokens(const char* /*text*/, const char* /*end*/) { return {}; }
+
+#endif
+
 const char* find_other_layout(const char* text, const char* end) {
   bool after_blank = false;
-  if (words_are_text) {
-    for (; end - text >= std::ptrdiff_t{block_bytes}; text += block_bytes) {
-      const byte_block block(text);
-      const std::uint64_t blanks = block.any_of<' '>();
-      const std::uint64_t others =
-          block.any_of<'\r'>() | (block.any_of<'\n'>() & (blanks << 1 | (after_blank ? 1 : 0)));
-      if (others != 0) return text + std::countr_zero(others);
-      after_blank = blanks >> 63 != 0;
-    }
+#ifdef __SSE2__
+  for (; end - text >= std::ptrdiff_t{block_bytes}; text += block_bytes) {
+    const byte_block block(text);
+    const std::uint64_t blanks = block.any_of<' '>();
+    const std::uint64_t others =
+        block.any_of<'\r'>() | (block.any_of<'\n'>() & (blanks << 1 | (after_blank ? 1 : 0)));
+    if (others != 0) return text + std::countr_zero(others);
+    after_blank = blanks >> 63 != 0;
   }
+#endif
   for (; text != end; ++text) {
     if (*text == '\r' || (*text == '\n' && after_blank)) break;
     after_blank = *text == ' ';

@@ -4,7 +4,8 @@
 #include <cstdint>
 
 /// Looks at 64 bytes of a text at once. One after the other, each token would have to wait for the
-/// one before to tell where it starts. In the masks bit i stands for byte i.
+/// one before to tell where it starts. In the masks bit i stands for byte i. Needs SSE2: elsewhere
+/// nothing can be told, and the token list reads it all.
 
 namespace trellion {
 

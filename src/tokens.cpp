@@ -93,14 +93,17 @@ void purge(token_range tokens, text_writer& out) {
   token_list& list = tokens.begin;
   const char* const end = tokens.end.text_begin();
   while (!list.same_head(tokens.end)) {
-    // All that writing its tokens would restore is written as it stands, up to the token that other
-    // layout follows, or that ends the text: its last line counts as ended in any case.
+    // What writing the tokens restores is written as it stands: up to the token that other layout
+    // follows, or that ends the text, as its last line counts as ended in any case.
     const char* const begin = list.text_begin();
-    const char* after = find_other_layout(begin, end);
-    if (after != end || end == list.text_end()) after = start_of_last_word(begin, after);
-    out.put({begin, static_cast<std::size_t>(after - begin)});
-    list = list.moved_to(after, list.line_number());
-    if (after != end) write_token(list.take_head(), out);
+    const char* const other = find_other_layout(begin, end);
+    if (other == end && end != list.text_end()) {
+      out.put({begin, end});
+      return;
+    }
+    list = list.from(start_of_last_word(begin, other), list.line_number());
+    out.put({begin, list.text_begin()});
+    write_token(list.take_head(), out);
   }
 }
 

@@ -71,14 +71,15 @@ class token_list {
   [[nodiscard]] bool same_head(const token_list& other) const {
     return position_ == other.position_;
   }
-  /// The list from another place of the same text on: the start of a token, or of its blanks.
-  [[nodiscard]] token_list moved_to(const char* position, std::int64_t line_number) const {
+  /// The list from a later token on, given where its text and in which line it stands.
+  [[nodiscard]] token_list from(const char* text, std::int64_t line_number) const {
     token_list result = *this;
-    result.position_ = position;
+    while (text != position_ && text[-1] == ' ') --text;
+    result.position_ = text;
     result.line_number_ = line_number;
     return result;
   }
-  /// Where the text begins that is left.
+  /// Where the text begins that is left: it can be at blanks.
   [[nodiscard]] const char* text_begin() const { return position_; }
   /// Where the text ends that the tokens stand in.
   [[nodiscard]] const char* text_end() const { return end_; }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 
@@ -56,6 +57,57 @@ TEST(repair, sums_up_what_it_has_done) {
   const repair_summary of_fold = repaired(fold).summary;
   EXPECT_EQ(of_fold.mergers, 1);
   EXPECT_TRUE(of_fold.area_lost);
+}
+
+/// The console and the repaired text, every run of blanks made one.
+std::string squeezed_outcome(const std::string& text, const run_settings& settings) {
+  captured_text console;
+  captured_text out;
+  text_source source(text);
+  try {
+    repair(settings, source, text.size(), console, out);
+  } catch (const early_end&) {
+  }
+  std::string all = console.text() + out.text();
+  const auto both_blank = [](char a, char b) { return a == ' ' && b == ' '; };
+  all.erase(std::unique(all.begin(), all.end(), both_blank), all.end());
+  return all.erase(all.find("%%Processed"), std::string("%%Processed by").size() + 80);
+}
+
+TEST(repair, comes_to_the_same_when_blanks_keep_tokens_apart) {
+  const std::vector<std::string> odd = {"7 ",
+                                        "7 8 9 ",
+                                        "-2 1.2.3 ",
+                                        "x\n",
+                                        "{ ",
+                                        "}\r\n",
+                                        "\r",
+                                        " \n",
+                                        "0 0 m ",
+                                        "1 1 l ",
+                                        "h\n",
+                                        "/pgf ",
+                                        std::string(70, '5') + ' ',
+                                        std::string(70, 'w') + ' '};
+  const std::string wide_gap(130, ' ');
+  std::mt19937 random(11);
+  for (int round = 0; round < 400; ++round) {
+    std::string text;
+    while (text.size() < 700) {
+      if (random() % 3 == 0) text += odd[random() % odd.size()];
+      const std::string x = std::to_string(random() % 2000);
+      const std::string y = std::to_string(random() % 90) + ".5";
+      const char* const end = random() % 20 == 0 ? " 8 9 l h g\n" : " 8 9 l h f\n";
+      text.append(x + " 1 m ").append(x + ' ' + y + " l ").append(end);
+    }
+    std::string wide;
+    for (const char c : text) wide.append(c == ' ' ? wide_gap : std::string(1, c));
+    run_settings settings;
+    settings.min_separators = 1 + round % 2;
+    settings.remove_mesh = round % 4 < 2;
+    settings.verbose = true;
+    ASSERT_EQ(squeezed_outcome(text, settings), squeezed_outcome(wide, settings)) << text;
+  }
 }
 
 TEST(repair, leaves_groups_alone_when_asked) {

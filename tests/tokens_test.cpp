@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <random>
 
 #include "string_utils.h"
 #include "support.h"
+#include "token_cursor.h"
 
 namespace trellion::testing {
 namespace {
@@ -58,6 +60,70 @@ TEST(tokens, numbers_have_an_optional_minus_and_one_point_at_most) {
   for (const auto* text : {"", "-", "--5", "+5", "1e5", "1.2.3", "16#FF", "5-"}) {
     EXPECT_FALSE(string_is_num(text)) << text;
   }
+}
+
+/// Words, gaps and odd things in any order, so that each comes to lie anywhere among 64 bytes.
+std::string random_text(std::mt19937& random) {
+  static const std::vector<std::string> pieces = {" ",
+                                                  " ",
+                                                  "\n",
+                                                  "\n",
+                                                  "\r",
+                                                  "\r\n",
+                                                  "  \n",
+                                                  "{",
+                                                  "}",
+                                                  "-",
+                                                  ".",
+                                                  "7",
+                                                  "12",
+                                                  "-3.25",
+                                                  "4.",
+                                                  ".5",
+                                                  "1.2",
+                                                  "-",
+                                                  "l",
+                                                  "moveto",
+                                                  "e1",
+                                                  std::string(61, '8'),
+                                                  std::string(64, 'w'),
+                                                  std::string(65, ' ')};
+  std::string text = "x";
+  while (text.size() < 400) {
+    const std::size_t common = random() % 20 == 0 ? pieces.size() : pieces.size() - 3;
+    text += pieces[random() % common];
+    if (random() % 2 == 0) text += ' ';
+  }
+  return text;
+}
+
+TEST(tokens, are_the_same_for_a_cursor) {
+  std::mt19937 random(3);
+  const operator_text op("l");
+  int n_tokens = 0;
+  int n_left_to_list = 0;
+  for (int round = 0; round < 2000; ++round) {
+    const std::string text = random_text(random);
+    token_list list(text);
+    while (!list.empty()) {
+      token_cursor cursor(list);
+      while (cursor.next()) {
+        const token_list at = cursor.list_from(cursor.here());
+        ASSERT_TRUE(at.same_head(list)) << text;
+        ASSERT_EQ(at.line_number(), list.line_number()) << text;
+        const token t = list.take_head();
+        ASSERT_EQ(cursor.is_number(), t.is_number()) << t.text << " in " << text;
+        ASSERT_EQ(cursor.is_brace(), t.kind == token_kind::brace) << text;
+        ASSERT_EQ(cursor.is(op), t.text == "l") << text;
+        ++n_tokens;
+      }
+      if (!list.empty()) list.take_head();
+      ++n_left_to_list;
+    }
+  }
+#ifdef __SSE2__
+  EXPECT_LT(10 * n_left_to_list, n_tokens);
+#endif
 }
 
 TEST(tokens, equality_ignores_layout_but_not_kind_or_spelling) {
