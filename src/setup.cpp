@@ -173,8 +173,8 @@ std::string signature(const drawing_token_set& set) {
   return text;
 }
 
-/// Where the next run could start, or earlier: two or more numbers, an operator, two numbers and
-/// another operator.
+/// Where the next run could start, or earlier: two or more numbers, another token, two numbers
+/// and another token.
 token_list next_possible_run(const token_list& list) {
   token_cursor cursor(list);
   token_cursor::place here = cursor.here();
@@ -187,7 +187,7 @@ token_list next_possible_run(const token_list& list) {
     } else if (n_before >= 2 && n_here == 2) {
       return cursor.list_from(before);
     } else {
-      n_before = cursor.is_brace() ? 0 : n_here;
+      n_before = n_here;
       before = here;
       n_here = 0;
     }
@@ -209,7 +209,8 @@ bool definition_follows(token_list& rest) {
 bool is_safe_name(std::string_view name, const token_list& list,
                   std::optional<token_list>& existing, bool verbose, text_writer& console) {
   const std::string_view text(list.text_begin(), list.n_bytes());
-  for (std::size_t at = text.find(name); at != text.npos; at = text.find(name, at + 1)) {
+  for (std::size_t at = text.find(name); at != std::string_view::npos;
+       at = text.find(name, at + 1)) {
     const std::size_t after = at + name.size();
     const bool is_token =
         (at == 0 || ends_word(text[at - 1])) && (after == text.size() || ends_word(text[after]));

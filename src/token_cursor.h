@@ -69,7 +69,6 @@ class token_cursor {
   /// What the current token is.
   [[nodiscard]] const char* text() const { return block_ + bit_; }
   [[nodiscard]] bool is_number() const { return (marks_.numbers >> bit_ & 1) != 0; }
-  [[nodiscard]] bool is_brace() const { return (marks_.braces >> bit_ & 1) != 0; }
   [[nodiscard]] bool is(const operator_text& op) const {
     return op.is_at(text(), list_.text_end());
   }

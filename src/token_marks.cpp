@@ -107,8 +107,7 @@ token_marks mark_tokens(const char* text, const char* end) {
     const std::uint64_t upto = spoilers ^ (spoilers - 1);
     marks.numbers &= ~std::bit_floor(starts & upto);
   }
-  marks.braces = others & ~returns & within;
-  marks.tokens = starts | marks.braces;
+  marks.tokens = starts | (others & ~returns & within);
   marks.line_ends = (feeds | (returns & ~(feeds >> 1))) & within;
   if (marks.tokens != 0) {
     marks.length = std::min(left, block_bytes - static_cast<std::size_t>(std::countl_zero(within)));

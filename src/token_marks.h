@@ -14,7 +14,6 @@ namespace trellion {
 struct token_marks {
   std::uint64_t tokens = 0;     ///< where a word or brace starts
   std::uint64_t numbers = 0;    ///< those that are numbers
-  std::uint64_t braces = 0;     ///< those that are braces
   std::uint64_t line_ends = 0;  ///< the last byte of each line end
   std::size_t length = 0;       ///< of the stretch: at most 64 bytes, or one word that is no number
 };

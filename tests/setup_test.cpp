@@ -88,7 +88,7 @@ TEST(pgf_setup, avoids_names_that_mean_something_else) {
   std::string name;
   bool at_head = false;
 
-  EXPECT_EQ(macro_report("pgf fill", name, at_head), start + "Safe pgf macro is /pgf\n");
+  EXPECT_EQ(macro_report("pgf x/pgf", name, at_head), start + "Safe pgf macro is /pgf\n");
   EXPECT_EQ(macro_report(native + "x", name, at_head),
             start +
                 "pgf macro /pgf detected ... native\n"
