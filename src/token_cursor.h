@@ -89,12 +89,18 @@ class token_cursor {
 
  private:
   bool next_block() {
-    const char* const next = block_ + marks_.length;
-    if (next == list_.text_end()) return false;
-    const token_marks marks = mark_tokens(next, list_.text_end());
-    if (marks.length == 0) return false;
-    line_number_ += std::popcount(marks_.line_ends);
+    const char* next = block_;
+    std::int64_t line_number = line_number_;
+    token_marks marks = marks_;
+    do {  // twice at most: before a word there can be a gap that is marked alone
+      next += marks.length;
+      line_number += std::popcount(marks.line_ends);
+      if (next == list_.text_end()) return false;
+      marks = mark_tokens(next, list_.text_end());
+      if (marks.length == 0) return false;
+    } while (marks.tokens == 0);
     block_ = next;
+    line_number_ = line_number;
     marks_ = marks;
     left_ = marks.tokens;
     return true;

@@ -55,7 +55,8 @@ class byte_block {
 
 /// A word of 64 bytes or more.
 token_marks long_word(const char* text, const char* end) {
-  const char* const after = std::find_if(text + block_bytes, end, ends_word);
+  const char* after = text + block_bytes;
+  while (after != end && !ends_word(*after)) ++after;
   token_marks marks;
   if (after == end) return marks;
   marks.tokens = 1;
@@ -109,7 +110,8 @@ token_marks mark_tokens(const char* text, const char* end) {
   }
   marks.tokens = starts | (others & ~returns & within);
   marks.line_ends = (feeds | (returns & ~(feeds >> 1))) & within;
-  if (marks.tokens != 0) {
+  const bool all_gap = marks.tokens == 0 && within == ~std::uint64_t{0};
+  if (!all_gap) {
     marks.length = std::min(left, block_bytes - static_cast<std::size_t>(std::countl_zero(within)));
   }
   return marks;

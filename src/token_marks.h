@@ -19,7 +19,7 @@ struct token_marks {
 };
 
 /// Marks the tokens from `text` on, which must not be within a word; `end` is the text's. The
-/// length is 0 when a token cannot be told from 64 bytes, or there is none in them.
+/// length is 0 when a token cannot be told from 64 bytes, or none starts in them.
 token_marks mark_tokens(const char* text, const char* end);
 
 /// The first place from `text` on, or `end`, at which writing the tokens does not restore the text:
