@@ -53,9 +53,8 @@ TEST(tokens, split_at_blanks_line_ends_and_braces_only) {
   EXPECT_EQ(written("a   \r\n b\r\rc"), "a\n b\n\nc\n");
   EXPECT_EQ(written("{a}"), "{a}\n");
   for (std::size_t n = 60; n < 70; ++n) {
-    const std::string x(n, 'x');
-    const std::string y(99, 'y');
-    EXPECT_EQ(written(x + " \n" + y), x + '\n' + y + '\n');
+    const std::string restored = written(std::string(n, 'x').append(" \n").append(99, 'y'));
+    EXPECT_EQ(restored, std::string(n, 'x').append("\n").append(99, 'y').append("\n"));
   }
 }
 
