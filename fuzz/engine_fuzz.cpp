@@ -36,7 +36,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   // Small sizes put the structures for large paths and crowds to work on small groups.
   constexpr std::array<engine_sizes, 6> all_sizes = {
-      {{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}, {3, 1, 0}, {6, 1, 64}}};
+      {{}, {3, 64, 0, 0}, {64, 2, 1}, {4, 3, 3, 0}, {3, 1, 0, 1}, {6, 1, 64, 2}}};
   const std::int32_t merge_limit = data[0] & 7;
   const engine_sizes sizes = all_sizes[(data[0] >> 3) % all_sizes.size()];
 

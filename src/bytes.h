@@ -38,6 +38,12 @@ class text_writer {
   text_writer& put(std::string_view text);
   /// The character `count` times.
   text_writer& repeat(std::size_t count, char c);
+  /// Where the next `count` bytes go, few; `advance` tells how many of them have been written.
+  char* room_for(std::size_t count) {
+    if (count > capacity - used_) flush();
+    return buffer_.get() + used_;
+  }
+  void advance(std::size_t count) { used_ += count; }
   void flush();
 
  private:

@@ -9,7 +9,7 @@ void cleanup::note_suspects(path_index a, path_index b) {
   suspects_.clear();
   for (const path_index path : {a, b}) {
     const ps_path& p = store_.paths[path];
-    const auto [coords, first, last] = store_.points[p.cursor];
+    const auto [first, last, record] = store_.links[p.cursor];
     suspects_.push_back(first);
     const bool new_one = p.untested != first && p.untested != last && p.untested != p.cursor;
     if (p.untested != no_point && new_one) suspects_.push_back(p.untested);
@@ -18,7 +18,7 @@ void cleanup::note_suspects(path_index a, path_index b) {
 }
 
 void cleanup::run(path_index path) {
-  const std::vector<ps_point>& points = store_.points;
+  const large_array<ps_point>& points = store_.points;
   ps_path& p = store_.paths[path];
   changed_.clear();
   std::size_t first = 1;  // suspects_[first .. last) are ahead of the cursor
@@ -28,7 +28,7 @@ void cleanup::run(path_index path) {
   bool is_suspect = true;
   p.untested = no_point;
   while (true) {
-    const auto [coords, after, before] = points[p.cursor];
+    const auto [after, before, record] = store_.links[p.cursor];
     if (is_suspect && is_superfluous(points[before], points[p.cursor], points[after])) {
       remove_point(p.cursor);
       p.cursor = before;
@@ -42,7 +42,7 @@ void cleanup::run(path_index path) {
       }
       if (before == stop) {
         if (first < last && suspects_[last - 1] == before) --last;
-        stop = points[before].prev;
+        stop = store_.prev(before);
       }
     } else {
       if (p.cursor == p.untested) p.untested = no_point;
@@ -56,21 +56,25 @@ void cleanup::run(path_index path) {
 
 /// Takes a point out of its ring. Its edge goes, and that of the point before it gets another end.
 void cleanup::remove_point(point_index point) {
-  const auto [coords, after, before] = store_.points[point];
-  const bool is_new_change = index_.contains(before);
-  if (index_.contains(point)) {
-    index_.remove(point);
-  } else {
+  const auto [after, before, record] = store_.links[point];
+  const ps_point& end = store_.points[after];
+  const bool stays_alike = store_.points[point].same_place(end) && before != point;
+  const bool is_new_change = index_.contains(before) && before != point && !stays_alike;
+  const bool is_spike = store_.points[before].same_place(end);
+  if (!index_.contains(point)) {
     // Backing up, the walk meets its changes in the reverse of their order.
     assert(!changed_.empty() && changed_.back() == point);
     changed_.pop_back();
+    if (is_new_change) index_.remove(before);
+  } else if (is_spike && is_new_change) {
+    index_.remove_pair(before, point);
+  } else {
+    index_.remove(point);
+    if (is_new_change) index_.remove(before);
   }
-  if (is_new_change && before != point) {
-    index_.remove(before);
-    changed_.push_back(before);
-  }
-  store_.points[before].next = after;
-  store_.points[after].prev = before;
+  if (is_new_change) changed_.push_back(before);
+  store_.link(before, after);
+  store_.drop(point);
 }
 
 }  // namespace trellion

@@ -38,64 +38,72 @@ std::uint64_t folded(std::uint64_t n, std::uint64_t key) {
 
 }  // namespace
 
-void lazy_heap::push(ranked entry) {
-  entries_.push_back(entry);
-  std::ranges::push_heap(entries_, later);
+lazy_queue::lazy_queue(std::vector<ranked> entries) : sorted_(std::move(entries)) {
+  std::ranges::sort(sorted_, later);
 }
 
-void lazy_heap::pop() {
-  std::ranges::pop_heap(entries_, later);
-  entries_.pop_back();
+void lazy_queue::push(ranked entry) {
+  heap_.push_back(entry);
+  std::ranges::push_heap(heap_, later);
 }
 
-void lazy_heap::change_top(rank order) {
-  std::ranges::pop_heap(entries_, later);
-  entries_.back().order = order;
-  std::ranges::push_heap(entries_, later);
+void lazy_queue::pop() {
+  if (top_is_sorted()) {
+    sorted_.pop_back();
+  } else {
+    std::ranges::pop_heap(heap_, later);
+    heap_.pop_back();
+  }
 }
 
-edge_index::edge_index(const path_store& store, std::uint32_t crowd_size)
+void lazy_queue::change_top(rank order) {
+  const ranked changed = {order, top().what};
+  pop();
+  push(changed);
+}
+
+edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
     : store_(store),
       keys_(drawn_keys()),
       crowd_size_(crowd_size),
-      links_(store.points.size()),
       ranks_(store.paths.size()),
       more_shares_(0, share_hash{keys_.last_factor}) {
-  if (store.paths.size() > owner_mask) throw run_error("a group has too many polygons");
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
-  resize_table(store.points.size() + store.points.size() / 2);
+  // Room makes searches short, but a table that is larger than the caches is better small.
+  const std::size_t n = store.points.size();
+  constexpr std::size_t many = std::size_t{1} << 18;
+  resize_table(n < many ? 3 * n : n + n / 2);
 }
 
 /// The table is larger than the caches. So an edge is staged first, while its slot is fetched, and
 /// added when a number of others have been staged after it.
-void edge_index::add_path(path_index path, rank order) {
-  const ps_path& p = store_.paths[path];
-  ranks_[path] = order;
-  edge e = p.cursor;
-  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.points[e].next) {
-    set_owner(e, path);
-    staged_edge& place = staged_[n_staged_ % staged_.size()];
-    if (n_staged_ >= staged_.size()) add_hashed(place.at, place.hash);
-    place = {e, hash(e)};
-    __builtin_prefetch(&slots_[home(place.hash)]);
-    ++n_staged_;
+void edge_index::add_all() {
+  std::array<staged_edge, 16> staged{};  // a ring: the oldest is overwritten by the next
+  std::size_t n_staged = 0;              // ever
+  const auto add_staged = [&](std::size_t i) {
+    const staged_edge& oldest = staged[i % staged.size()];
+    add_hashed(oldest.at, oldest.hash);
+  };
+  const auto n_edges = static_cast<edge>(store_.links.size());
+  for (edge e = 0; e < n_edges; ++e) {
+    const path_index owner = record(e).owner;
+    if (owner == edge_record::nobody || store_.next(e) == no_point) continue;
+    record(e) = {e, owner & edge_record::nobody, false, false, false};
+    if (n_staged >= staged.size()) add_staged(n_staged);
+    const std::uint64_t h = hash(e);
+    staged[n_staged++ % staged.size()] = {e, h};
+    __builtin_prefetch(&slots_[home(h)]);
   }
-}
-
-void edge_index::add_rest() {
-  const std::size_t first = n_staged_ - std::min(n_staged_, staged_.size());
-  for (std::size_t i = first; i < n_staged_; ++i) {
-    const staged_edge& staged = staged_[i % staged_.size()];
-    add_hashed(staged.at, staged.hash);
+  for (std::size_t i = n_staged - std::min(n_staged, staged.size()); i < n_staged; ++i) {
+    add_staged(i);
   }
-  n_staged_ = 0;
 }
 
 bool edge_index::lie_alike(edge a, edge b) const {
   const ps_point& a0 = store_.points[a];
-  const ps_point& a1 = store_.points[a0.next];
+  const ps_point& a1 = store_.points[store_.next(a)];
   const ps_point& b0 = store_.points[b];
-  const ps_point& b1 = store_.points[b0.next];
+  const ps_point& b1 = store_.points[store_.next(b)];
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
@@ -103,7 +111,7 @@ bool edge_index::lie_alike(edge a, edge b) const {
 std::uint64_t edge_index::hash(edge e) const {
   const ps_point& p = store_.points[e];
   const std::uint64_t a = packed(p);
-  const std::uint64_t b = packed(store_.points[p.next]);
+  const std::uint64_t b = packed(store_.points[store_.next(e)]);
   const std::uint64_t h =
       folded(std::min(a, b), keys_.smaller_point) + folded(std::max(a, b), keys_.larger_point);
   return (h ^ h >> 32) * keys_.last_factor;
@@ -114,11 +122,10 @@ void edge_index::add(edge e) { add_hashed(e, hash(e)); }
 void edge_index::prefetch(edge e) const { __builtin_prefetch(&slots_[home(hash(e))]); }
 
 void edge_index::add_hashed(edge e, std::uint64_t hash) {
-  const std::size_t mask = slots_.size() - 1;
   const slot wanted = slot_for(0, hash);
   std::size_t free_slot = slots_.size();
   std::size_t i = home(hash);
-  for (; slots_[i] != empty_slot; i = (i + 1) & mask) {
+  for (; slots_[i] != empty_slot; i = after(i)) {
     const edge found = edge_in(slots_[i]);
     if (slots_[i] != (wanted | found)) continue;
     if (!is_live_head(found)) {
@@ -129,7 +136,7 @@ void edge_index::add_hashed(edge e, std::uint64_t hash) {
       return;
     }
   }
-  links_[e] = {e, links_[e].owner, true, true, false};
+  record(e) = {e, record(e).owner, true, true, false};
   if (free_slot < slots_.size()) {
     slots_[free_slot] = wanted | e;
     return;
@@ -141,9 +148,9 @@ void edge_index::add_hashed(edge e, std::uint64_t hash) {
 /// The newest edge is the head: paths are mostly worked in the order of the file, and so the head
 /// is mostly the last of its bundle to go.
 void edge_index::join(edge e, edge head) {
-  link& old = links_[head];
+  edge_record& old = record(head);
   old.head = false;
-  links_[e] = {old.next_alike, links_[e].owner, true, true, old.crowded};
+  record(e) = {old.next_alike, record(e).owner, true, true, old.crowded};
   if (old.crowded) {
     enter_crowd(e, crowd_of(head));
   } else {
@@ -152,31 +159,31 @@ void edge_index::join(edge e, edge head) {
 }
 
 void edge_index::remove(edge e) {
-  if (links_[e].crowded) {
+  if (record(e).crowded) {
     remove_from_crowd(e);
     return;
   }
-  const edge next = links_[e].next_alike;
+  const edge next = record(e).next_alike;
   if (next != e) {
     edge before = next;
-    for (std::uint32_t n = 1; links_[before].next_alike != e; before = links_[before].next_alike) {
+    for (std::uint32_t n = 1; record(before).next_alike != e; before = record(before).next_alike) {
       if (++n <= crowd_size_) continue;
       make_crowd(e);
       remove_from_crowd(e);
       return;
     }
-    links_[before].next_alike = next;
-    if (links_[e].head) replace_head(e, next);
+    record(before).next_alike = next;
+    if (record(e).head) replace_head(e, next);
   }
-  links_[e].indexed = false;
+  record(e).indexed = false;
 }
 
 void edge_index::remove_pair(edge a, edge b) {
   const bool whole_bundle =
-      !links_[a].crowded && links_[a].next_alike == b && links_[b].next_alike == a;
+      !record(a).crowded && record(a).next_alike == b && record(b).next_alike == a;
   if (whole_bundle) {
-    links_[a].indexed = false;
-    links_[b].indexed = false;
+    record(a).indexed = false;
+    record(b).indexed = false;
   } else {
     remove(a);
     remove(b);
@@ -184,27 +191,25 @@ void edge_index::remove_pair(edge a, edge b) {
 }
 
 void edge_index::replace_head(edge old_head, edge new_head) {
-  const std::size_t mask = slots_.size() - 1;
   const std::uint64_t h = hash(old_head);
   std::size_t i = home(h);
-  while (slots_[i] != slot_for(old_head, h)) i = (i + 1) & mask;
+  while (slots_[i] != slot_for(old_head, h)) i = after(i);
   slots_[i] = slot_for(new_head, h);
-  links_[old_head].head = false;
-  links_[new_head].head = true;
+  record(old_head).head = false;
+  record(new_head).head = true;
 }
 
 /// Makes a table of at least so many slots and puts the heads of the old one into it.
 void edge_index::resize_table(std::size_t least_slots) {
-  const std::size_t size = std::bit_ceil(std::max<std::size_t>(least_slots, 16));
-  const std::vector<slot> old_slots = std::exchange(slots_, std::vector<slot>(size, empty_slot));
-  slot_bits_ = std::countr_zero(size);
+  const std::size_t size = std::max<std::size_t>(least_slots, 16);
+  const large_array<slot> old_slots = std::exchange(slots_, large_array<slot>(size, empty_slot));
   used_slots_ = 0;
   for (const slot s : old_slots) {
     if (s == empty_slot || !is_live_head(edge_in(s))) continue;
     const std::uint64_t h = hash(edge_in(s));
     if (s != slot_for(edge_in(s), h)) continue;  // from when the edge lay elsewhere
     std::size_t i = home(h);
-    while (slots_[i] != empty_slot && slots_[i] != s) i = (i + 1) & (size - 1);
+    while (slots_[i] != empty_slot && slots_[i] != s) i = after(i);
     if (slots_[i] == empty_slot) ++used_slots_;
     slots_[i] = s;
   }
@@ -222,9 +227,9 @@ ranked edge_index::first_neighbour_in_bundle(edge e) {
 }
 
 bool edge_index::gather_crowd(edge e) {
-  if (links_[e].crowded) return true;
+  if (record(e).crowded) return true;
   std::uint32_t bundle_size = 1;
-  for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) {
+  for (edge other = record(e).next_alike; other != e; other = record(other).next_alike) {
     if (++bundle_size <= crowd_size_) continue;
     make_crowd(e);
     return true;
@@ -238,7 +243,7 @@ void edge_index::make_crowd(edge member) {
   first_share_.resize(ranks_.size(), no_share);
   edge e = member;
   do {
-    const edge next = links_[e].next_alike;
+    const edge next = record(e).next_alike;
     enter_crowd(e, id);
     crowd_changes_.push_back({e, id});
     e = next;
@@ -246,18 +251,18 @@ void edge_index::make_crowd(edge member) {
 }
 
 void edge_index::enter_crowd(edge e, crowd_id id) {
-  links_[e].crowded = true;
+  record(e).crowded = true;
   crowds_[id].edges.push_back(e);
   enter_share(e, id, owner(e));
 }
 
 void edge_index::remove_from_crowd(edge e) {
   const crowd_id id = crowd_of(e);
-  --shares_[links_[e].next_alike].n_edges;
-  links_[e].crowded = false;
-  links_[e].indexed = false;
+  --shares_[record(e).next_alike].n_edges;
+  record(e).crowded = false;
+  record(e).indexed = false;
   crowd_changes_.push_back({e, id});
-  if (!links_[e].head) return;
+  if (!record(e).head) return;
   std::vector<edge>& edges = crowds_[id].edges;
   while (!edges.empty() && !is_member(edges.back(), id)) edges.pop_back();
   if (!edges.empty()) replace_head(e, edges.back());
@@ -265,7 +270,7 @@ void edge_index::remove_from_crowd(edge e) {
 
 void edge_index::enter_share(edge e, crowd_id id, path_index path) {
   const share_number number = share_of(id, path);
-  links_[e].next_alike = number;
+  record(e).next_alike = number;
   share& own = shares_[number];
   if (++own.n_edges > 1) return;
   own.listed = ranks_[path];
@@ -290,22 +295,22 @@ edge_index::share_number edge_index::share_of(crowd_id id, path_index path) {
 }
 
 void edge_index::move_to_share_of(path_index path, edge e) {
-  share& old = shares_[links_[e].next_alike];
+  share& old = shares_[record(e).next_alike];
   --old.n_edges;
   enter_share(e, old.crowd, path);
 }
 
 void edge_index::announce_to_crowd(edge e) {
-  share& own = shares_[links_[e].next_alike];
+  share& own = shares_[record(e).next_alike];
   const rank order = ranks_[own.path];
   if (order >= own.listed) return;
   own.listed = order;
-  crowds_[own.crowd].by_rank.push({order, links_[e].next_alike});
+  crowds_[own.crowd].by_rank.push({order, record(e).next_alike});
 }
 
 /// Brings the top of a crowd's heap up to date.
 ranked edge_index::updated_top(crowd_id id) {
-  lazy_heap& by_rank = crowds_[id].by_rank;
+  lazy_queue& by_rank = crowds_[id].by_rank;
   while (!by_rank.empty()) {
     const ranked top = by_rank.top();
     share& first = shares_[top.what];
@@ -325,7 +330,7 @@ ranked edge_index::updated_top(crowd_id id) {
 /// Takes the entries of the path that asks off the heap for the time of the look, when they are in
 /// the way: there can be more than one of the same rank, left from when its share was empty.
 ranked edge_index::first_in_crowd(crowd_id id, path_index other_than) {
-  lazy_heap& by_rank = crowds_[id].by_rank;
+  lazy_queue& by_rank = crowds_[id].by_rank;
   ranked own = nobody;
   ranked top = updated_top(id);
   for (; !by_rank.empty() && shares_[top.what].path == other_than; top = updated_top(id)) {

@@ -29,19 +29,32 @@ struct ranked {
 /// What stands for no path: it comes after all others.
 inline constexpr ranked nobody = {UINT64_MAX, no_path};
 
-/// A heap, the smallest rank on top, whose ranks may have become too small since they were pushed.
-/// Whoever looks at the top brings it up to date.
-class lazy_heap {
+/// A queue, the smallest rank on top, whose ranks may have become too small since they were pushed.
+/// Whoever looks at the top brings it up to date. What it begins with is sorted at once and taken
+/// from the end of an array; only what comes later goes through a heap.
+class lazy_queue {
  public:
+  lazy_queue() = default;
+  explicit lazy_queue(std::vector<ranked> entries);
+
   void push(ranked entry);
   void pop();
   /// Gives the top entry another rank.
   void change_top(rank order);
-  [[nodiscard]] bool empty() const { return entries_.empty(); }
-  [[nodiscard]] ranked top() const { return entries_.front(); }
+  [[nodiscard]] bool empty() const { return sorted_.empty() && heap_.empty(); }
+  [[nodiscard]] ranked top() const { return top_is_sorted() ? sorted_.back() : heap_.front(); }
+  /// Of those it began with the one after `n` others; nobody when there is none.
+  [[nodiscard]] ranked upcoming(std::size_t n) const {
+    return n < sorted_.size() ? sorted_[sorted_.size() - 1 - n] : nobody;
+  }
 
  private:
-  std::vector<ranked> entries_;
+  [[nodiscard]] bool top_is_sorted() const {
+    return heap_.empty() || (!sorted_.empty() && sorted_.back().order <= heap_.front().order);
+  }
+
+  std::vector<ranked> sorted_;  // the smallest last
+  std::vector<ranked> heap_;
 };
 
 /// What the hashes are made with, odd numbers. They are drawn anew for every run, or figures could
@@ -76,19 +89,20 @@ struct hash_keys {
 ///    shrinks.
 class edge_index {
  public:
-  /// Makes room for the edges of the store, which must outlive the index, and indexes none.
+  /// Makes room for the edges of the store, which must outlive the index, and indexes none. What it
+  /// keeps about an edge it keeps in the store.
   /// Bundles of more than `crowd_size` edges become crowds.
-  edge_index(const path_store& store, std::uint32_t crowd_size);
+  edge_index(path_store& store, std::uint32_t crowd_size);
 
-  /// Indexes all edges of a path, sooner or later: add_rest must follow the last path.
-  void add_path(path_index path, rank order);
-  void add_rest();
-  /// Gives a path that is filed again its rank.
+  /// Indexes all edges of the store that have an owner. It is quickest in the order of memory.
+  void add_all();
+  /// Gives a path its rank: all before the first look, then those that are filed again.
   void set_rank(path_index path, rank order) { ranks_[path] = order; }
+  void prefetch_rank(path_index path) const { __builtin_prefetch(&ranks_[path]); }
   /// Makes an edge belong to another path.
   void set_owner(edge e, path_index path) {
-    if (links_[e].crowded) move_to_share_of(path, e);
-    links_[e].owner = path & owner_mask;
+    if (record(e).crowded) move_to_share_of(path, e);
+    record(e).owner = path & edge_record::nobody;
   }
 
   /// Indexes an edge, where its two points are now. It must not be indexed.
@@ -100,40 +114,40 @@ class edge_index {
   /// Removes two edges that lie alike.
   void remove_pair(edge a, edge b);
 
-  [[nodiscard]] bool contains(edge e) const { return links_[e].indexed; }
-  [[nodiscard]] bool is_crowded(edge e) const { return links_[e].crowded; }
-  [[nodiscard]] path_index owner(edge e) const { return links_[e].owner; }
+  [[nodiscard]] bool contains(edge e) const { return record(e).indexed; }
+  [[nodiscard]] bool is_crowded(edge e) const { return record(e).crowded; }
+  [[nodiscard]] path_index owner(edge e) const { return record(e).owner; }
   [[nodiscard]] rank rank_of(path_index path) const { return ranks_[path]; }
   [[nodiscard]] bool lie_alike(edge a, edge b) const;
 
   /// The only other edge that lies like e; no_point when there is none, or there are more.
   [[nodiscard]] edge only_partner(edge e) const {
-    const edge other = links_[e].next_alike;
-    const bool pair = !links_[e].crowded && other != e && links_[other].next_alike == e;
+    const edge other = record(e).next_alike;
+    const bool pair = !record(e).crowded && other != e && record(other).next_alike == e;
     return pair ? other : no_point;
   }
 
   /// The first in rank of the other paths that have an edge that lies like e; nobody when there is
   /// none.
   [[nodiscard]] ranked first_neighbour(edge e) {
-    const link& l = links_[e];
+    const edge_record& l = record(e);
     const edge other = l.next_alike;
-    const bool few = !l.crowded && links_[other].next_alike == e;  // alone, or one of a pair
+    const bool few = !l.crowded && record(other).next_alike == e;  // alone, or one of a pair
     if (!few) return first_neighbour_in_bundle(e);
-    const path_index owner = links_[other].owner;
+    const path_index owner = record(other).owner;
     return owner == l.owner ? nobody : ranked{ranks_[owner], owner};
   }
 
   /// Calls f with every other edge that lies like e, which must not be crowded.
   template <class F>
   void for_each_alike(edge e, F f) const {
-    for (edge other = links_[e].next_alike; other != e; other = links_[other].next_alike) f(other);
+    for (edge other = record(e).next_alike; other != e; other = record(other).next_alike) f(other);
   }
 
   /// The crowd of an edge that is crowded.
-  [[nodiscard]] crowd_id crowd_of(edge e) const { return shares_[links_[e].next_alike].crowd; }
+  [[nodiscard]] crowd_id crowd_of(edge e) const { return shares_[record(e).next_alike].crowd; }
   [[nodiscard]] bool is_member(edge e, crowd_id id) const {
-    return links_[e].crowded && crowd_of(e) == id;
+    return record(e).crowded && crowd_of(e) == id;
   }
   /// Makes the bundle of an edge a crowd when it has become large enough. Whether e is crowded.
   bool gather_crowd(edge e);
@@ -152,21 +166,12 @@ class edge_index {
   void forget_crowd_changes() { crowd_changes_.clear(); }
 
  private:
-  static constexpr std::uint32_t owner_mask = (std::uint32_t{1} << 29) - 1;
-
-  struct link {
-    edge next_alike;  // in a crowd, the number of its share
-    std::uint32_t owner : 29;
-    bool indexed : 1;
-    bool head : 1;
-    bool crowded : 1;
-  };
-
+  __extension__ using product = unsigned __int128;
   using slot = std::uint32_t;
   static constexpr slot empty_slot = UINT32_MAX;
 
   struct crowd {
-    lazy_heap by_rank;        // of shares
+    lazy_queue by_rank;       // of shares
     std::vector<edge> edges;  // also some that have left
   };
 
@@ -196,14 +201,21 @@ class edge_index {
   };
 
   [[nodiscard]] std::uint64_t hash(edge e) const;
-  [[nodiscard]] std::size_t home(std::uint64_t hash) const { return hash >> (64 - slot_bits_); }
+  [[nodiscard]] std::size_t home(std::uint64_t hash) const {
+    return static_cast<std::size_t>((product{hash} * slots_.size()) >> 64);
+  }
+  [[nodiscard]] std::size_t after(std::size_t i) const {
+    return i + 1 == slots_.size() ? 0 : i + 1;
+  }
   [[nodiscard]] slot slot_for(edge e, std::uint64_t hash) const {
     return e | static_cast<slot>((hash & UINT32_MAX) << edge_bits_);
   }
   [[nodiscard]] edge edge_in(slot s) const {
     return static_cast<edge>(s & ((std::uint64_t{1} << edge_bits_) - 1));
   }
-  [[nodiscard]] bool is_live_head(edge e) const { return links_[e].indexed && links_[e].head; }
+  [[nodiscard]] edge_record& record(edge e) { return store_.links[e].record; }
+  [[nodiscard]] const edge_record& record(edge e) const { return store_.links[e].record; }
+  [[nodiscard]] bool is_live_head(edge e) const { return record(e).indexed && record(e).head; }
   void add_hashed(edge e, std::uint64_t hash);
   void join(edge e, edge head);
   void replace_head(edge old_head, edge new_head);
@@ -217,17 +229,13 @@ class edge_index {
   ranked updated_top(crowd_id id);
   ranked first_neighbour_in_bundle(edge e);
 
-  const path_store& store_;
+  path_store& store_;
   hash_keys keys_;
   std::uint32_t crowd_size_;
-  std::vector<link> links_;  // by edge
   std::vector<rank> ranks_;  // by path
-  std::vector<slot> slots_;
+  large_array<slot> slots_;
   std::size_t used_slots_ = 0;
   int edge_bits_ = 0;  // an edge is less than 2 to this power less 1, so no slot looks empty
-  int slot_bits_ = 0;  // the table has 2 to this power slots
-  std::array<staged_edge, 16> staged_{};  // a ring: the oldest is overwritten by the next
-  std::size_t n_staged_ = 0;              // ever
   std::vector<crowd> crowds_;
   std::vector<share> shares_;              // all that have ever been
   std::vector<share_number> first_share_;  // by path: most have edges in one crowd only

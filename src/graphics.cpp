@@ -26,11 +26,11 @@ bounds bounds_of(const path_store& store, std::span<const ps_path_queue> queues)
   bounds all;
   for (const ps_path_queue& queue : queues) {
     for (path_index i = queue.first(); i != no_path; i = store.paths[i].next_path) {
-      const ps_path& path = store.paths[i];
-      all.x_min = std::min<std::int64_t>(all.x_min, path.x_min);
-      all.y_min = std::min<std::int64_t>(all.y_min, path.y_min);
-      all.x_max = std::max<std::int64_t>(all.x_max, path.x_max);
-      all.y_max = std::max<std::int64_t>(all.y_max, path.y_max);
+      const path_box& box = store.boxes[i];
+      all.x_min = std::min<std::int64_t>(all.x_min, box.x_min);
+      all.y_min = std::min<std::int64_t>(all.y_min, box.y_min);
+      all.x_max = std::max<std::int64_t>(all.x_max, box.x_max);
+      all.y_max = std::max<std::int64_t>(all.y_max, box.y_max);
     }
   }
   return all;

@@ -14,9 +14,18 @@ large_paths::large_paths(const path_store& store, edge_index& index, std::uint32
 void large_paths::add(path_index path) {
   is_large_[path] = true;
   large_.try_emplace(path);
+  std::vector<ranked> lone;
   const ps_path& p = store_.paths[path];
   edge e = p.cursor;
-  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.points[e].next) note_edge(path, e);
+  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.next(e)) {
+    const ranked neighbour = index_.first_neighbour(e);
+    if (index_.is_crowded(e)) {
+      enter_crowd(path, e);
+    } else if (neighbour.what != no_path) {
+      lone.push_back({neighbour.order, e});
+    }
+  }
+  of(path).by_rank = lazy_queue(std::move(lone));
 }
 
 void large_paths::remove(path_index path) {
@@ -46,7 +55,7 @@ void large_paths::note_edge(path_index path, edge e) {
 
 void large_paths::note_stretch(path_index path, edge first, edge last) {
   if (of(path).has_labels) order_.label_inserted(first, last);
-  for (edge e = first;; e = store_.points[e].next) {
+  for (edge e = first;; e = store_.next(e)) {
     note_edge(path, e);
     if (e == last) return;
   }
@@ -147,7 +156,7 @@ ranked large_paths::first_neighbour(path_index path) {
 
 /// The first of the neighbours outside of the crowds.
 ranked large_paths::first_lone_neighbour(large_path& large, path_index path) {
-  lazy_heap& by_rank = large.by_rank;
+  lazy_queue& by_rank = large.by_rank;
   while (!by_rank.empty()) {
     const ranked top = by_rank.top();
     const edge e = top.what;
@@ -169,7 +178,7 @@ edge large_paths::first_shared_edge(path_index path, path_index partner) {
   std::vector<crowd_id> crowds;
   const ps_path& p = store_.paths[partner];
   edge e = p.cursor;
-  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.points[e].next) {
+  for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.next(e)) {
     if (index_.gather_crowd(e)) {
       crowds.push_back(index_.crowd_of(e));
       continue;
@@ -212,7 +221,7 @@ edge large_paths::first_from_cursor(path_index path, std::vector<edge> edges) {
       if (r.at == start) return r.from;
     }
     std::erase_if(runners, [&](runner& r) {
-      r.at = store_.points[r.at].prev;
+      r.at = store_.prev(r.at);
       return std::ranges::binary_search(edges, r.at);
     });
   }

@@ -62,7 +62,7 @@ class large_paths {
   };
 
   struct large_path {
-    lazy_heap by_rank;  // of edges outside of crowds
+    lazy_queue by_rank;  // of edges outside of crowds
     std::map<crowd_id, own_crowd> crowds;
     std::set<std::pair<rank, crowd_id>> bounds;  // those of all crowds above
     bool has_labels = false;

@@ -51,11 +51,12 @@ std::vector<directed_edge> sorted_edges(const path_store& store, const ps_path_q
     const bool clockwise = doubled_area(store, p) < 0;
     point_index at = store.paths[p].cursor;
     for (std::uint32_t i = 0; i < store.paths[p].n_points; ++i) {
+      const point_index next = store.next(at);
       const ps_point& a = store.points[at];
-      const ps_point& b = store.points[a.next];
+      const ps_point& b = store.points[next];
       edges.push_back(clockwise ? directed_edge{b.coords, a.coords, place}
                                 : directed_edge{a.coords, b.coords, place});
-      at = a.next;
+      at = next;
     }
   }
   std::ranges::sort(edges, [](const directed_edge& a, const directed_edge& b) {

@@ -24,6 +24,7 @@ void run(std::span<const char* const> arguments, run_settings& settings,
          console_output& standard_output, text_writer& console) {
   write_banner(console);
   settings = obtain_settings(arguments, std::cin, console);
+  settings.compare_areas = false;  // nobody asks
 
   input_file input(settings.filename);
   output_file repaired_file(settings.repaired_filename, input);

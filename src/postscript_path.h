@@ -1,13 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "bytes.h"
-#include "tokens.h"
+#include "coordinates.h"
+#include "large_array.h"
 
 namespace trellion {
 
@@ -18,55 +17,70 @@ __extension__ using area = __int128;
 inline constexpr point_index no_point = UINT32_MAX;
 inline constexpr path_index no_path = UINT32_MAX;
 
-/// A vertex of a polygon, linked into the ring of its outline.
-struct ps_point {
-  std::array<std::int32_t, 2> coords;  ///< x and y in thousandths of a PostScript unit
-  point_index next;
-  point_index prev;
+/// What edge_index keeps about the edge that begins at a point.
+struct edge_record {
+  static constexpr path_index nobody = (path_index{1} << 29) - 1;
 
-  [[nodiscard]] bool same_place(const ps_point& other) const {
-    return coords[0] == other.coords[0] && coords[1] == other.coords[1];
-  }
+  point_index next_alike;  ///< an edge between the same two points; mostly the edge itself
+  path_index owner : 29;   ///< nobody when its path is not to be joined
+  bool indexed : 1;
+  bool head : 1;
+  bool crowded : 1;
 };
 
-/// A polygon: a closed ring of points, entered at its cursor. An edge is a point and its `next`.
+/// How a point hangs in the ring of its outline. An edge is a point and its `next`.
+struct point_links {
+  point_index next;  ///< no_point when it has been taken out of its ring
+  point_index prev;
+  edge_record record;  ///< side by side with the links: they are looked at together
+};
+
+/// A polygon: a closed ring of points, entered at its cursor.
 struct ps_path {
   std::uint32_t n_points = 0;
   point_index cursor = 0;
   /// The point that the last clean-up changed a neighbour of without looking at it again, if any.
   point_index untested = no_point;
-  /// Covers every point. Points that are removed later do not shrink it.
-  std::int32_t x_min = 0;
-  std::int32_t x_max = 0;
-  std::int32_t y_min = 0;
-  std::int32_t y_max = 0;
   /// Neighbours in the queue that holds the path.
   path_index next_path = no_path;
   path_index previous_path = no_path;
 };
 
+/// A box that covers every point of a path; those that are removed later do not shrink it.
+struct path_box {
+  std::int32_t x_min = INT32_MAX;
+  std::int32_t x_max = INT32_MIN;
+  std::int32_t y_min = INT32_MAX;
+  std::int32_t y_max = INT32_MIN;
+
+  void cover(const path_box& other);
+};
+
 /// The points and paths of one group of polygons. They are made while the group is read, refer to
 /// each other by index, and are released together; what is dropped on the way stays unused.
 struct path_store {
-  std::vector<ps_point> points;
-  std::vector<coord_texts> texts;  ///< texts[i] belongs to points[i]: the numbers decide where a
-                                   ///< point is, the texts are what is written of it
-  std::vector<ps_path> paths;
+  large_array<ps_point> points;
+  large_array<point_links> links;  ///< by point, of those that are in paths
+  large_array<ps_path> paths;
 
-  const char* text_end = nullptr;  ///< where the text that they stand in ends
+  const char* text_end = nullptr;  ///< where the text ends that the points' numbers stand in
+
+  bool keeps_boxes = false;     ///< pictures of the merging need them, and nothing else does
+  std::vector<path_box> boxes;  ///< by path, if they are kept
 
   /// Drops everything and keeps the memory.
   void clear();
-  /// Does that, and exchanges `texts` for those of the points to come.
-  void start_group(std::vector<coord_texts>& vertices, const char* end_of_text);
-};
+  /// Does that, exchanges `points` for those of a group, and makes links for all of them and so
+  /// many paths, whose contents have no value yet.
+  void start_group(large_array<ps_point>& vertices, std::size_t n_paths, const char* end_of_text);
 
-/// What can be wrong with a number that should be a coordinate.
-enum class coordinate_fault : std::uint8_t { none, no_value, too_large };
-
-struct coordinate {
-  std::int32_t thousandths = 0;
-  coordinate_fault fault = coordinate_fault::none;
+  [[nodiscard]] point_index next(point_index point) const { return links[point].next; }
+  [[nodiscard]] point_index prev(point_index point) const { return links[point].prev; }
+  void drop(point_index point) { links[point].next = no_point; }
+  void link(point_index point, point_index next) {
+    links[point].next = next;
+    links[next].prev = point;
+  }
 };
 
 /// The texts that paths are written with.
@@ -76,21 +90,13 @@ struct path_operators {
   std::string end;  ///< whatever ends a polygon
 };
 
-/// The coordinate that the number at `text` stands for: times 1000, rounded to nearest, halves away
-/// from zero. It ends after eight characters, or where something follows that does not belong to a
-/// number, or at `end`. A fault when no value can be read or it does not fit 32 bits.
-coordinate coordinate_at(const char* text, const char* end);
-
-/// That number as it is written.
-std::string_view coord_text(const char* text, const char* end);
-
-/// Adds a path to the store, of the next `n_points` texts that have no points yet; at least one.
-/// The cursor is left on the last point. When a number is no coordinate the path is given up, and
-/// no_path returned: the number is in the first text that has no point then.
-path_index tokens_to_ps_path(std::uint32_t n_points, path_store& store);
+/// Makes a path of the `n_points` points from `first` on; at least one. Path and links must be in
+/// the store. The cursor is left on the last point.
+void tokens_to_ps_path(path_store& store, path_index path, point_index first,
+                       std::uint32_t n_points);
 
 /// Makes a path the ring of points that it was when it was added: `n_points` of them, side by side
-/// in the store. The cursor is on the first.
+/// in the store. The cursor is on the first. The edges have no owner: they are not to be joined.
 void restore_ring(path_store& store, path_index path, point_index first, std::uint32_t n_points);
 
 /// Adds a copy of a path, its cursor on the same point, to another store of the same text.
@@ -116,9 +122,30 @@ area doubled_area(const path_store& store, path_index path);
 /// True when the points form a closed ring of the right size, linked both ways. For assertions.
 bool is_sound(const path_store& store, path_index path);
 
+// Differences, distances and products are unsigned so that their overflow is defined: they wrap at
+// 64 bits, and a product that wraps to zero counts as zero.
+using wrapping = std::uint64_t;
+
+inline wrapping difference(std::int32_t a, std::int32_t b) {
+  return static_cast<wrapping>(std::int64_t{a} - std::int64_t{b});
+}
+
+/// What is_superfluous finds out, of any three points.
+bool adds_nothing(const ps_point& before, const ps_point& point, const ps_point& after);
+
 /// True when the point adds nothing to the outline between its two neighbours: two of the three
 /// coincide, or it lies on the straight line through the others, at the tip of a spike included.
-bool is_superfluous(const ps_point& before, const ps_point& point, const ps_point& after);
+inline bool is_superfluous(const ps_point& before, const ps_point& point, const ps_point& after) {
+  const wrapping ux = difference(point.coords[0], before.coords[0]);
+  const wrapping uy = difference(point.coords[1], before.coords[1]);
+  const wrapping vx = difference(after.coords[0], point.coords[0]);
+  const wrapping vy = difference(after.coords[1], point.coords[1]);
+  // Most points are corners between neighbours that are not far away. Then no two coincide, and the
+  // product of the distances is below 2 to the power 61, so that it cannot wrap to zero.
+  constexpr wrapping reach = wrapping{1} << 19;
+  const bool all_near = ((ux + reach) | (uy + reach) | (vx + reach) | (vy + reach)) < 2 * reach;
+  return !all_near || vx * uy == ux * vy ? adds_nothing(before, point, after) : false;
+}
 
 /// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
 /// three points or more, or none: then the path must only be discarded. The point after the last

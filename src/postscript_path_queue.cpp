@@ -3,6 +3,7 @@
 #include <string>
 
 #include "fields.h"
+#include "locality.h"
 #include "param.h"
 #include "walk.h"
 
@@ -19,12 +20,11 @@ std::string line_of(token_list list, const char* position) {
 
 /// Says what is wrong with the first number of a group that cannot be a coordinate, given its
 /// vertex.
-coordinate_error fault_in(const polygon_group& group, const coord_texts& vertex) {
+coordinate_error fault_in(const polygon_group& group, const ps_point& vertex) {
   const char* const end = group.begin.text_end();
-  const coordinate x = coordinate_at(vertex.x, end);
-  const bool wrong_x = x.fault != coordinate_fault::none;
-  const char* const text = wrong_x ? vertex.x : vertex.y;
-  const coordinate_fault fault = wrong_x ? x.fault : coordinate_at(vertex.y, end).fault;
+  const bool wrong_x = coordinate_at(vertex.text, end).fault != coordinate_fault::none;
+  const char* const text = wrong_x ? vertex.text : second_number(vertex.text, end);
+  const coordinate_fault fault = coordinate_at(text, end).fault;
   const bool too_large = fault == coordinate_fault::too_large;
   return coordinate_error("'" + std::string(coord_text(text, end)) + "' is " +
                           (too_large ? "too large for" : "not") + " a coordinate in line " +
@@ -87,16 +87,27 @@ ps_path_queue& strata::of(std::uint32_t n_points) {
   return queues_[position];
 }
 
-ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store,
-                                      text_writer& console) {
+ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, text_writer& console,
+                                      point_order order) {
   console.put(" lines ").put(integer_field(group.begin.line_number(), 8)).put(" ... ");
+  if (group.first_fault < group.vertices.size()) {
+    throw fault_in(group, group.vertices[group.first_fault]);
+  }
   ps_path_queue queue(store);
-  store.start_group(group.vertices, group.begin.text_end());
-  store.paths.reserve(group.n_vertices.size());
-  for (const std::uint32_t n_points : group.n_vertices) {
-    const path_index path = tokens_to_ps_path(n_points, store);
-    if (path == no_path) throw fault_in(group, store.texts[store.points.size()]);
+  const auto n_paths = static_cast<path_index>(group.n_vertices.size());
+  group.order.clear();
+  if (order == point_order::by_place || are_scattered(group.vertices, group.n_vertices)) {
+    group.order = bring_neighbours_together(group.vertices, group.n_vertices);
+  }
+  store.start_group(group.vertices, n_paths, group.begin.text_end());
+  point_index first = 0;
+  for (path_index i = 0; i < n_paths; ++i) {
+    const path_index path = group.order.empty() ? i : group.order[i];
+    tokens_to_ps_path(store, path, first, group.n_vertices[path]);
     remove_superfluous_points_v2(store, path);
+    first += group.n_vertices[path];
+  }
+  for (path_index path = 0; path < n_paths; ++path) {
     if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);
   }
   console.put(integer_field(group.last_line, 8)).put(" ; ");

@@ -68,12 +68,15 @@ class coordinate_error : public run_error {
   using run_error::run_error;
 };
 
+/// How the points of a group lie in the store. It makes a difference to time alone.
+enum class point_order : std::uint8_t { as_it_pays, by_place };
+
 /// Makes a path in the store of every polygon of a group, cleaned of superfluous points; those that
 /// keep fewer than three points are left out. The texts of the group's vertices go to the store.
 /// The console gets the rest of the group's line: the input lines that it covers, and the points
 /// and polygons read. Throws coordinate_error, naming the text and its line.
-ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store,
-                                      text_writer& console);
+ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, text_writer& console,
+                                      point_order order = point_order::as_it_pays);
 
 /// Moves every path to the stratum of its number of points, which must be at least 3. Leaves the
 /// queue empty.

@@ -88,15 +88,21 @@ class group_repair {
   /// of the queue. Filling draws them all the same, as lines and dots. The whole group is drawn in
   /// one paint, so that the order does not show: they go first, where they need not be kept.
   void pass_on_those_without_area(const polygon_group& group, ps_path_queue& queue) {
+    std::vector<bool> is_without_area(group.n_vertices.size());
     point_index first = 0;
-    for (path_index p = 0; p < group.n_vertices.size(); ++p) {
-      if (doubled_area(store_, p) == 0) {
+    for (path_index i = 0; i < group.n_vertices.size(); ++i) {
+      const path_index p = group.order.empty() ? i : group.order[i];
+      is_without_area[p] = doubled_area(store_, p) == 0;
+      if (is_without_area[p]) {
         if (store_.paths[p].n_points >= strata::min_points) queue.remove_this_path(p);
         restore_ring(store_, p, first, group.n_vertices[p]);
-        output(store_, p, output_operators_, repaired_);
-        ++summary_.polygons_left;
       }
       first += group.n_vertices[p];
+    }
+    for (path_index p = 0; p < group.n_vertices.size(); ++p) {
+      if (!is_without_area[p]) continue;
+      output(store_, p, output_operators_, repaired_);
+      ++summary_.polygons_left;
     }
   }
 
@@ -149,13 +155,14 @@ class group_repair {
   /// False when area was lost.
   [[nodiscard]] bool join(path_store& store, ps_path_queue& queue) {
     const std::int64_t n_paths = queue.n_paths();
-    const area before = total_area(store, queue);
+    const bool compare = settings_.careful || settings_.compare_areas;
+    const area before = compare ? total_area(store, queue) : 0;
     repaired_.flush();  // merging can take long, and can end the run
     strata strata = stratify(store, queue);
     v3_process(store, strata, settings_.merge_limit, console_);
     gather(strata, queue, console_);
     summary_.mergers += n_paths - queue.n_paths();
-    return total_area(store, queue) == before;
+    return !compare || total_area(store, queue) == before;
   }
 
   void write(const ps_path_queue& queue) {

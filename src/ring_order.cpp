@@ -3,16 +3,16 @@
 namespace trellion {
 
 void ring_order::label(path_index path) {
-  labels_.resize(store_.points.size());
+  labels_.resize(store_.links.size());
   const ps_path& p = store_.paths[path];
   spread(p.cursor, p.n_points, 0, UINT64_MAX / p.n_points);
 }
 
 void ring_order::label_inserted(point_index first, point_index last) {
   std::uint64_t n_inserted = 1;
-  for (point_index p = first; p != last; p = store_.points[p].next) ++n_inserted;
-  const std::uint64_t before = labels_[store_.points[first].prev];
-  const std::uint64_t gap = labels_[store_.points[last].next] - before;
+  for (point_index p = first; p != last; p = store_.next(p)) ++n_inserted;
+  const std::uint64_t before = labels_[store_.prev(first)];
+  const std::uint64_t gap = labels_[store_.next(last)] - before;
   const std::uint64_t step = gap / (n_inserted + 1);
   if (step > 0) {
     spread(first, n_inserted, before + step, step);
@@ -28,9 +28,8 @@ void ring_order::label_inserted(point_index first, point_index last) {
 void ring_order::make_room(point_index first, point_index last, std::uint64_t n_inserted) {
   constexpr int all_bits = 64;
   constexpr double growth = 4.0 / 3;  // of what may be in a range, when its size doubles
-  const std::vector<ps_point>& points = store_.points;
-  const std::uint64_t anchor = labels_[points[first].prev];
-  point_index left = points[first].prev;
+  const std::uint64_t anchor = labels_[store_.prev(first)];
+  point_index left = store_.prev(first);
   point_index right = last;
   std::uint64_t n = n_inserted + 1;
   double allowed = 1;
@@ -38,13 +37,13 @@ void ring_order::make_room(point_index first, point_index last, std::uint64_t n_
     const auto in_range = [&](std::uint64_t label) {
       return bits == all_bits || (label ^ anchor) >> bits == 0;
     };
-    for (; points[left].prev != right; ++n) {
-      const std::uint64_t label = labels_[points[left].prev];
+    for (; store_.prev(left) != right; ++n) {
+      const std::uint64_t label = labels_[store_.prev(left)];
       if (label >= labels_[left] || !in_range(label)) break;
-      left = points[left].prev;
+      left = store_.prev(left);
     }
-    for (; points[right].next != left && in_range(labels_[points[right].next]); ++n) {
-      right = points[right].next;
+    for (; store_.next(right) != left && in_range(labels_[store_.next(right)]); ++n) {
+      right = store_.next(right);
     }
     if (bits == all_bits) {
       spread(left, n, 0, UINT64_MAX / n);
@@ -62,7 +61,7 @@ void ring_order::make_room(point_index first, point_index last, std::uint64_t n_
 void ring_order::spread(point_index first, std::uint64_t n_points, std::uint64_t label,
                         std::uint64_t step) {
   point_index p = first;
-  for (; n_points > 0; --n_points, p = store_.points[p].next, label += step) labels_[p] = label;
+  for (; n_points > 0; --n_points, p = store_.next(p), label += step) labels_[p] = label;
 }
 
 }  // namespace trellion

@@ -30,6 +30,8 @@ struct run_settings {
   /// and those without area are passed on. trellion's own command line never sets it; it is for a
   /// program that must not change a picture.
   bool careful = false;
+  /// The summary is to tell whether area was lost; a careful repair tells it anyway.
+  bool compare_areas = true;
   std::vector<group_range> left_alone;  ///< careful: these pass through as they stand
 };
 

@@ -1,9 +1,7 @@
 #include "tokens.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
-#include <utility>
 
 #include "fields.h"
 #include "param.h"
@@ -21,6 +19,10 @@ const char* skip_blanks(const char* position, const char* end) {
 const char* skip_line_end(const char* position, const char* end) {
   const bool pair = position[0] == '\r' && end - position > 1 && position[1] == '\n';
   return position + (pair ? 2 : 1);
+}
+
+std::string_view text_between(const char* begin, const char* end) {
+  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 /// The start of the last word or brace before `end`, blanks and line ends after it left aside.
@@ -98,11 +100,11 @@ void purge(token_range tokens, text_writer& out) {
     const char* const begin = list.text_begin();
     const char* const other = find_other_layout(begin, end);
     if (other == end && end != list.text_end()) {
-      out.put({begin, end});
+      out.put(text_between(begin, end));
       return;
     }
     list = list.from(start_of_last_word(begin, other), list.line_number());
-    out.put({begin, list.text_begin()});
+    out.put(text_between(begin, list.text_begin()));
     write_token(list.take_head(), out);
   }
 }
@@ -140,20 +142,18 @@ file_text tokenize_file(byte_source& source, std::size_t expected_size, text_wri
   console.put("Tokenizing postscript code ... ").put(nl).flush();
 
   // One byte more than expected lets the read that meets the end find room.
-  std::size_t capacity = std::max<std::size_t>(expected_size + 1, 4096);
-  file_text text{std::make_unique_for_overwrite<char[]>(capacity), 0};
+  file_text text;
+  text.bytes.resize(std::max<std::size_t>(expected_size + 1, 4096));
+  std::size_t size = 0;
   try {
     while (const std::size_t count =
-               source.read(text.bytes.get() + text.size, capacity - text.size)) {
-      text.size += count;
-      if (text.size < capacity) continue;
-      capacity *= 2;
-      auto larger = std::make_unique_for_overwrite<char[]>(capacity);
-      std::memcpy(larger.get(), text.bytes.get(), text.size);
-      text.bytes = std::move(larger);
+               source.read(text.bytes.data() + size, text.bytes.size() - size)) {
+      size += count;
+      if (size == text.bytes.size()) text.bytes.resize(2 * size);
     }
+    text.bytes.resize(size);
   } catch (const read_failure& failure) {
-    report_read_failure(text.view(), failure.error_number(), console);
+    report_read_failure(text.view().substr(0, size), failure.error_number(), console);
     throw;
   }
   return text;

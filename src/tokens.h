@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "bytes.h"
+#include "large_array.h"
 #include "string_utils.h"
 
 namespace trellion {
@@ -134,13 +134,6 @@ class token_matcher {
   bool at_end_ = false;
 };
 
-/// Where the two numbers of a vertex stand in the text. Their first eight characters alone are ever
-/// read and written.
-struct coord_texts {
-  const char* x;
-  const char* y;
-};
-
 /// A stretch of consecutive tokens: from the head of `begin` up to, not including, that of `end`.
 struct token_range {
   token_list begin;
@@ -149,10 +142,9 @@ struct token_range {
 
 /// A text read whole.
 struct file_text {
-  std::unique_ptr<char[]> bytes;
-  std::size_t size = 0;
+  large_array<char> bytes;
 
-  [[nodiscard]] std::string_view view() const { return {bytes.get(), size}; }
+  [[nodiscard]] std::string_view view() const { return {bytes.data(), bytes.size()}; }
 };
 
 /// Reads the source to its end and returns its text, ready to be made into a token_list. When a

@@ -1,6 +1,7 @@
 #include "v3_engine.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <optional>
 #include <string>
@@ -32,7 +33,9 @@ namespace {
 // 4. The edges joined are the same. P's is the first from its cursor on that lies like any of B,
 //    B's the first from its cursor on that lies like that one.
 //
-// What a large path knows about its neighbours is kept from look to look: see large_paths.h. While
+// What a large path knows about its neighbours is kept from look to look: see large_paths.h. It
+// begins when the path joins one that is much smaller: before, what it is joined to pays for a look
+// at all its edges, which is quicker than keeping them in order. While
 // P is current only P looks, and its rank is the one it gets if it is filed under n points. Filed
 // under more, it gets a larger one; filed under fewer, all its edges are announced, and so is every
 // edge that a clean-up has changed.
@@ -66,6 +69,7 @@ class engine {
 
   void report_progress();
   bool take_up(std::int32_t merge_limit);
+  void fetch_ahead() const;
   void file_current();
   /// The rank of whatever is filed next under so many points.
   [[nodiscard]] rank next_rank(std::uint32_t n_points) const {
@@ -110,10 +114,10 @@ engine::engine(path_store& store, strata& strata, text_writer& console, const en
       large_(store, index_, sizes.patience) {
   for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
     for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
-      index_.add_path(p, take_rank(n));
+      index_.set_rank(p, take_rank(n));
     }
   }
-  index_.add_rest();
+  index_.add_all();
   unmatched_from_ = next_rank(n_);
 }
 
@@ -151,6 +155,7 @@ bool engine::take_up(std::int32_t merge_limit) {
     if (!stratum.is_empty() && index_.rank_of(stratum.first()) < unmatched_from_) {
       current_ = stratum.remove_head();
       index_.set_rank(current_, next_rank(n_));
+      fetch_ahead();
       return true;
     }
     if (n_ >= strata_.max_points()) return false;
@@ -160,13 +165,41 @@ bool engine::take_up(std::int32_t merge_limit) {
   }
 }
 
+/// Paths are mostly taken up in the order of their numbers. Where that is not the order of place,
+/// what their looks need lies anywhere. It is fetched in three steps, as each tells where the next
+/// one leads: the path's first edges, those that lie alike, and the paths that these belong to.
+void engine::fetch_ahead() const {
+  constexpr std::array<path_index, 3> steps = {16, 8, 4};  // paths ahead
+  constexpr point_index n_edges = 4;
+  if (current_ + steps[0] >= store_.paths.size()) return;
+  const auto fetch = [this](point_index point) {
+    __builtin_prefetch(&store_.links[point]);
+    __builtin_prefetch(&store_.points[point]);
+  };
+  const auto for_each_alike = [this](path_index path, auto look_at) {
+    const point_index last = store_.paths[path].cursor;
+    for (point_index p = last - std::min(last, n_edges - 1); p <= last; ++p) {
+      const edge alike = store_.links[p].record.next_alike;
+      if (alike < store_.links.size()) look_at(alike);  // else it is the number of a share
+    }
+  };
+  fetch(store_.paths[current_ + steps[0]].cursor);
+  for_each_alike(current_ + steps[1], fetch);
+  for_each_alike(current_ + steps[2], [this](edge alike) {
+    const path_index owner = store_.links[alike].record.owner;
+    if (owner >= store_.paths.size()) return;
+    index_.prefetch_rank(owner);
+    __builtin_prefetch(&store_.paths[owner]);
+  });
+}
+
 void engine::file_current() {
   const std::uint32_t n_points = store_.paths[current_].n_points;
   index_.set_rank(current_, take_rank(n_points));
   strata_.of(n_points).add_after_last(current_);
   if (n_points < n_) {
     point_index point = store_.paths[current_].cursor;
-    for (std::uint32_t i = 0; i < n_points; ++i, point = store_.points[point].next) {
+    for (std::uint32_t i = 0; i < n_points; ++i, point = store_.next(point)) {
       large_.announce(point);
     }
   }
@@ -174,8 +207,7 @@ void engine::file_current() {
 }
 
 std::optional<engine::partner> engine::find_partner() {
-  return store_.paths[current_].n_points < sizes_.large_path ? find_partner_of_small()
-                                                             : find_partner_of_large();
+  return large_.contains(current_) ? find_partner_of_large() : find_partner_of_small();
 }
 
 std::optional<engine::partner> engine::find_partner_of_small() {
@@ -183,7 +215,7 @@ std::optional<engine::partner> engine::find_partner_of_small() {
   edge own = no_point;
   const ps_path& path = store_.paths[current_];
   edge e = path.cursor;
-  for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.points[e].next) {
+  for (std::uint32_t i = 0; i < path.n_points; ++i, e = store_.next(e)) {
     const ranked neighbour = index_.first_neighbour(e);
     if (neighbour.order >= best.order) continue;
     best = neighbour;
@@ -194,7 +226,6 @@ std::optional<engine::partner> engine::find_partner_of_small() {
 }
 
 std::optional<engine::partner> engine::find_partner_of_large() {
-  if (!large_.contains(current_)) large_.add(current_);
   const ranked best = large_.first_neighbour(current_);
   if (best.order >= first_rank(n_ + 1)) return std::nullopt;
   return partner{best.what, large_.first_shared_edge(current_, best.what)};
@@ -204,11 +235,13 @@ void engine::merge(const partner& found) {
   const path_index b = found.path;
   ps_path& path = store_.paths[current_];
   ps_path& other = store_.paths[b];
+  const bool is_much_larger = path.n_points >= sizes_.large_path &&
+                              std::uint64_t{other.n_points} * sizes_.much_smaller < path.n_points;
   strata_.of(other.n_points).remove_this_path(b);
 
   path.cursor = found.at;
   other.cursor = partner_edge(b, found.at);
-  const std::vector<ps_point>& points = store_.points;
+  const large_array<ps_point>& points = store_.points;
   const bool same_direction = points[path.cursor].same_place(points[other.cursor]);
   assert(is_sound(store_, b) && b != current_);
   if (same_direction) reverse(store_, b);
@@ -216,12 +249,12 @@ void engine::merge(const partner& found) {
 
   index_.remove_pair(path.cursor, other.cursor);
   large_.catch_up();
-  for (point_index p = points[other.cursor].next; p != other.cursor; p = points[p].next) {
+  for (point_index p = store_.next(other.cursor); p != other.cursor; p = store_.next(p)) {
     index_.set_owner(p, current_);
   }
   cleanup_.note_suspects(current_, b);
-  const edge first_of_b = points[other.cursor].next;
-  const edge last_of_b = points[other.cursor].prev;
+  const edge first_of_b = store_.next(other.cursor);
+  const edge last_of_b = store_.prev(other.cursor);
   merge_postscript_paths(store_, current_, b);
   large_.remove(b);
   if (large_.contains(current_)) large_.note_stretch(current_, first_of_b, last_of_b);
@@ -234,6 +267,7 @@ void engine::merge(const partner& found) {
   assert(is_sound(store_, current_));
   index_changed_edges();
   ++merges_;
+  if (is_much_larger && !large_.contains(current_)) large_.add(current_);
   if (path.n_points > n_) file_current();
 }
 
@@ -242,7 +276,7 @@ edge engine::partner_edge(path_index partner_path, edge at) const {
   const edge only = index_.only_partner(at);
   if (only != no_point) return only;
   edge e = store_.paths[partner_path].cursor;
-  while (!index_.lie_alike(e, at)) e = store_.points[e].next;
+  while (!index_.lie_alike(e, at)) e = store_.next(e);
   return e;
 }
 

@@ -11,12 +11,33 @@
 namespace trellion {
 namespace {
 
+/// Adds a vertex to a group, given where its numbers stand.
+void add_vertex(polygon_group& group, const char* x, const char* y) {
+  const char* const end = group.begin.text_end();
+  const coordinate at_x = coordinate_at(x, end);
+  const coordinate at_y = coordinate_at(y, end);
+  large_array<ps_point>& vertices = group.vertices;
+  if (at_x.fault != coordinate_fault::none || at_y.fault != coordinate_fault::none) {
+    group.first_fault = std::min(group.first_fault, vertices.size());
+  }
+  if (vertices.size() == vertices.capacity()) {
+    // Once for most groups. For a large one room for all that the text can hold: more than is
+    // needed does not cost memory that is not used, and growing would be copying.
+    constexpr std::size_t usual = std::size_t{1} << 16;
+    constexpr std::size_t least_bytes = 6;  // of a vertex: "1 2 l "
+    const auto left = static_cast<std::size_t>(end - x);
+    const std::size_t most = vertices.size() + left / least_bytes + 1;
+    vertices.reserve(vertices.empty() ? std::min(usual, most) : most);
+  }
+  vertices.push_back({{at_x.thousandths, at_y.thousandths}, x});
+}
+
 /// Takes the plain polygons of a run into its group.
 struct group_sink {
   polygon_group& group;
   std::size_t n_vertices;  ///< of the polygons that have ended
 
-  void vertex(const char* x, const char* y) const { group.vertices.push_back({x, y}); }
+  void vertex(const char* x, const char* y) const { add_vertex(group, x, y); }
   bool end_polygon(std::uint32_t n) {
     group.n_vertices.push_back(n);
     n_vertices = group.vertices.size();
@@ -34,10 +55,9 @@ class run_matcher {
       : operators_(operators), plain_(plain), group_(group), tokens_(list) {
     group_.begin = list;
     group_.end = list;
-    // Much more than is needed does not cost memory that is not used; growing would be copying.
-    if (group_.vertices.capacity() == 0) group_.vertices.reserve(list.n_bytes() / 12);
     group_.vertices.clear();
     group_.n_vertices.clear();
+    group_.first_fault = SIZE_MAX;
   }
 
   /// Returns the number of polygons read. That of the group can be one less.
@@ -104,8 +124,10 @@ bool run_matcher::read_polygon() {
 bool run_matcher::read_vertex(const token& op) {
   const char* const x = tokens_.last().text.data();
   if (!tokens_.next_is_number()) return false;
-  group_.vertices.push_back({x, tokens_.last().text.data()});
-  return tokens_.next_is(op);
+  const char* const y = tokens_.last().text.data();
+  if (!tokens_.next_is(op)) return false;
+  add_vertex(group_, x, y);
+  return true;
 }
 
 /// Reads the operators after the end of a polygon. False when the run is broken.

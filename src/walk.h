@@ -4,6 +4,8 @@
 #include <functional>
 #include <vector>
 
+#include "coordinates.h"
+#include "large_array.h"
 #include "setup.h"
 #include "tokens.h"
 
@@ -15,8 +17,12 @@ struct polygon_group {
   token_list begin;                       ///< the list that it is the beginning of
   token_list end;                         ///< what follows it
   std::int64_t last_line = 0;             ///< input line of its last token
-  std::vector<coord_texts> vertices;      ///< of all polygons, one after the other
-  std::vector<std::uint32_t> n_vertices;  ///< of each polygon; at least one
+  large_array<ps_point> vertices;         ///< of all polygons, one after the other
+  large_array<std::uint32_t> n_vertices;  ///< of each polygon; at least one
+  /// The polygons in the order in which their points lie in the store, unless it is this one.
+  large_array<std::uint32_t> order;
+  /// The first vertex with a number that is no coordinate, if it is one of these.
+  std::size_t first_fault = SIZE_MAX;
 };
 
 /// May take what it likes out of the group.

@@ -17,21 +17,23 @@ enum class shared_edge { none, same_direction, opposite_direction };
 shared_edge compare(path_store& store, path_index a, path_index b) {
   ps_path& pa = store.paths[a];
   ps_path& pb = store.paths[b];
-  if (std::max(pa.x_min, pb.x_min) > std::min(pa.x_max, pb.x_max) ||
-      std::max(pa.y_min, pb.y_min) > std::min(pa.y_max, pb.y_max)) {
+  const path_box& box_a = store.boxes[a];
+  const path_box& box_b = store.boxes[b];
+  if (std::max(box_a.x_min, box_b.x_min) > std::min(box_a.x_max, box_b.x_max) ||
+      std::max(box_a.y_min, box_b.y_min) > std::min(box_a.y_max, box_b.y_max)) {
     return shared_edge::none;
   }
   for (std::uint32_t i = 0; i < pa.n_points; ++i) {
     const ps_point& a0 = store.points[pa.cursor];
-    const ps_point& a1 = store.points[a0.next];
+    const ps_point& a1 = store.points[store.next(pa.cursor)];
     for (std::uint32_t j = 0; j < pb.n_points; ++j) {
       const ps_point& b0 = store.points[pb.cursor];
-      const ps_point& b1 = store.points[b0.next];
+      const ps_point& b1 = store.points[store.next(pb.cursor)];
       if (a0.same_place(b0) && a1.same_place(b1)) return shared_edge::same_direction;
       if (a0.same_place(b1) && a1.same_place(b0)) return shared_edge::opposite_direction;
-      pb.cursor = b0.next;
+      pb.cursor = store.next(pb.cursor);
     }
-    pa.cursor = a0.next;
+    pa.cursor = store.next(pa.cursor);
   }
   return shared_edge::none;
 }
@@ -42,11 +44,11 @@ void turn_round(path_store& store, path_index path) {
   ps_path& p = store.paths[path];
   point_index point = p.cursor;
   for (std::uint32_t i = 0; i < p.n_points; ++i) {
-    ps_point& turned = store.points[point];
+    point_links& turned = store.links[point];
     point = turned.next;
     std::swap(turned.next, turned.prev);
   }
-  p.cursor = store.points[p.cursor].prev;
+  p.cursor = store.prev(p.cursor);
 }
 
 class engine {

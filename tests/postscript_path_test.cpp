@@ -5,19 +5,29 @@
 #include <cstdlib>
 
 #include "support.h"
+#include "tokens.h"
 
 namespace trellion::testing {
 namespace {
 
 /// The path that the numbers of a text make, its points in order and its cursor on the last one.
 path_index path_of(std::string_view numbers, path_store& store) {
-  const std::size_t first = store.texts.size();
+  const auto first = static_cast<point_index>(store.points.size());
+  const auto path = static_cast<path_index>(store.paths.size());
+  const char* const end = numbers.data() + numbers.size();
   for (token_list list(numbers); !list.empty();) {
     const char* const x = list.take_head().text.data();
-    store.texts.push_back({x, list.take_head().text.data()});
+    const char* const y = list.take_head().text.data();
+    EXPECT_EQ(second_number(x, end), y);
+    store.points.push_back(
+        {{coordinate_at(x, end).thousandths, coordinate_at(y, end).thousandths}, x});
   }
-  store.text_end = numbers.data() + numbers.size();
-  return tokens_to_ps_path(static_cast<std::uint32_t>(store.texts.size() - first), store);
+  store.text_end = end;
+  store.links.resize(store.points.size());
+  store.paths.resize(path + 1);
+  store.boxes.resize(path + 1);
+  tokens_to_ps_path(store, path, first, static_cast<std::uint32_t>(store.points.size()) - first);
+  return path;
 }
 
 std::string written(path_store& store, path_index path) {
@@ -120,7 +130,7 @@ TEST(superfluous_points, are_coinciding_collinear_and_spikes) {
 }
 
 TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zero) {
-  const auto at = [](std::int32_t x, std::int32_t y) { return ps_point{{x, y}, 0, 0}; };
+  const auto at = [](std::int32_t x, std::int32_t y) { return ps_point{{x, y}, nullptr}; };
   const std::int32_t far = 1 << 21;  // 2^22 * 2^21 * 2^21 is 2^64
   EXPECT_TRUE(is_superfluous(at(0, 0), at(far, 0), at(far, far)));
   EXPECT_FALSE(is_superfluous(at(0, 0), at(far, 0), at(far, far + 1)));
@@ -128,14 +138,15 @@ TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zer
 
 TEST(path_merge, joins_rings_along_their_cursor_edges) {
   path_store store;
+  store.keeps_boxes = true;
   const std::string_view text = "1 1 0 1 0 0 1 0 1.0 0 2 -1 2 3 1 1";
   const path_index a = path_of(text.substr(0, 15), store);  // cursor edge from (1 0) to (1 1)
   const path_index b = path_of(text.substr(16), store);     // from (1 1) to (1 0)
   merge_postscript_paths(store, a, b);
   EXPECT_EQ(store.paths[a].n_points, 6U);
-  EXPECT_EQ(store.paths[a].x_max, 2000);
-  EXPECT_EQ(store.paths[a].y_min, -1000);
-  EXPECT_EQ(store.paths[a].y_max, 3000);
+  EXPECT_EQ(store.boxes[a].x_max, 2000);
+  EXPECT_EQ(store.boxes[a].y_min, -1000);
+  EXPECT_EQ(store.boxes[a].y_max, 3000);
   EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1.0 0 l 2 -1 l 2 3 l\nh f\n");
 }
 

@@ -13,34 +13,34 @@ namespace {
 class growing_ring {
  public:
   growing_ring() {
-    store.points.resize(max_points);
+    store.links.resize(max_points);
     store.paths.push_back({.n_points = 3});
     for (point_index p = 0; p < 3; ++p) {
-      store.points[p].next = (p + 1) % 3;
-      store.points[p].prev = (p + 2) % 3;
+      store.links[p].next = (p + 1) % 3;
+      store.links[p].prev = (p + 2) % 3;
     }
     order.label(0);
   }
 
   /// Links so many new points in after the given one.
   void grow(point_index before, std::uint32_t n_points) {
-    const point_index after = store.points[before].next;
+    const point_index after = store.next(before);
     const point_index first = size;
     for (; n_points > 0; --n_points, before = size++) {
-      store.points[before].next = size;
-      store.points[size].prev = before;
+      store.links[before].next = size;
+      store.links[size].prev = before;
     }
-    store.points[before].next = after;
-    store.points[after].prev = before;
+    store.links[before].next = after;
+    store.links[after].prev = before;
     order.label_inserted(first, before);
   }
 
   /// Leaves so many points in the ring, from the given one on.
   void shrink(point_index first, std::uint32_t n_points) {
     point_index last = first;
-    for (; n_points > 1; --n_points) last = store.points[last].next;
-    store.points[last].next = first;
-    store.points[first].prev = last;
+    for (; n_points > 1; --n_points) last = store.next(last);
+    store.links[last].next = first;
+    store.links[first].prev = last;
   }
 
   /// The points of the ring, the smallest label first.
@@ -48,14 +48,14 @@ class growing_ring {
     std::set<point_index, ring_order::by_label> points({&order});
     do {
       points.insert(start);
-      start = store.points[start].next;
+      start = store.next(start);
     } while (!points.contains(start));
     return points;
   }
 
   [[nodiscard]] bool is_in_order_from(point_index start) const {
     std::uint64_t distance = 0;
-    for (point_index p = store.points[start].next; p != start; p = store.points[p].next) {
+    for (point_index p = store.next(start); p != start; p = store.next(p)) {
       if (order.distance(start, p) <= distance) return false;
       distance = order.distance(start, p);
     }

@@ -161,7 +161,7 @@ TEST(engine, agrees_with_the_plain_one) {
     const engine_result expected = plainly_merged(text, limit);
     // Small sizes put the structures for large paths and crowds to work on small groups.
     for (const engine_sizes sizes :
-         {engine_sizes{}, {3, 64, 0}, {64, 2, 1}, {4, 3, 3}, {3, 1, 0}, {6, 1, 64}}) {
+         {engine_sizes{}, {3, 64, 0, 0}, {64, 2, 1}, {4, 3, 3, 0}, {3, 1, 0, 1}, {6, 1, 64, 2}}) {
       ASSERT_EQ(merged(text, limit, sizes), expected) << "seed " << seed << ":\n" << text;
     }
   }

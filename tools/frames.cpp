@@ -83,6 +83,7 @@ void draw_frames(const options& options, text_writer& console) {
   std::filesystem::create_directories(options.directory / "intermediate");
   std::filesystem::current_path(options.directory);
   path_store store;
+  store.keeps_boxes = true;
   walk(list, operators, passed_through,
        [&](polygon_group& group) { draw_group(group, store, console); });
 }
