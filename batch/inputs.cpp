@@ -123,10 +123,11 @@ found_inputs input_search::end() {
   });
   std::set<fs::path> taken;
   for (work_item& item : found_.figures) {
-    if (!taken.insert(place_of(item.result)).second) {
-      item.refusal = "'" + item.result.string() + "' is the result of another figure already";
-    } else if (place_of(item.result) == place_of(item.file)) {
+    if (is_marked_file(item.file)) continue;  // it gets no result
+    if (place_of(item.result) == place_of(item.file)) {
       item.refusal = "its result would take its place";
+    } else if (!taken.insert(place_of(item.result)).second) {
+      item.refusal = "'" + item.result.string() + "' is the result of another figure already";
     }
   }
   return std::move(found_);

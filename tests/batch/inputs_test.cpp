@@ -57,6 +57,11 @@ TEST(inputs, are_figures_and_no_results_each_once) {
     EXPECT_NE(collision.figures.back().refusal, "");
   }
   EXPECT_EQ(find_inputs({"elsewhere/e.eps", "e.eps"}, "o").figures.front().refusal, "");
+  // What is refused, or a result that is skipped, takes no place away from a figure.
+  for (const auto* there : {"%!\n", "%!\n%%Processed by trellion version 3\nshowpage\n"}) {
+    directory.write("elsewhere/e.eps", there);
+    EXPECT_EQ(find_inputs({"elsewhere/e.eps", "e.eps"}, "elsewhere").figures.back().refusal, "");
+  }
 
   EXPECT_EQ(names_in("a\r\n\r\nb\nc"), (paths{"a", "b", "c"}));
   EXPECT_EQ(names_in(std::string("a\r\0b", 4)), (paths{"a\r", "b"}));
