@@ -175,6 +175,9 @@ file_kind kind_of(std::string_view file) {
   for (const auto& [begin, kind] : other_kinds) {
     if (file.starts_with(begin)) return kind;
   }
+  // The name of the first file in the archive stands before that.
+  if (file.substr(std::min<std::size_t>(file.size(), 257)).starts_with("ustar"))
+    return file_kind::packed;
   if (without_end_of_transmission(file).starts_with("%!")) return file_kind::eps;
   // Readers look for it that far.
   const bool is_pdf = file.substr(0, 1024).find("%PDF-") != std::string_view::npos;

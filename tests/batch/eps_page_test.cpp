@@ -76,9 +76,10 @@ TEST(eps_page, finds_postscript_by_its_first_bytes) {
   EXPECT_EQ(batch::postscript(broken), "");
 
   const std::map<std::string, file_kind> kinds = {
-      {"%!", file_kind::eps},      {"\x04%!PS", file_kind::eps},    {"%PDF-1.4", file_kind::pdf},
-      {"\n%PDF-", file_kind::pdf}, {"\x1F\x8B\b", file_kind::gzip}, {"", file_kind::empty},
-      {"x %!", file_kind::other}};
+      {"%!", file_kind::eps},       {"\x04%!PS", file_kind::eps},
+      {"%PDF-1.4", file_kind::pdf}, {std::string(257, 'x') + "ustar", file_kind::packed},
+      {"\n%PDF-", file_kind::pdf},  {"\x1F\x8B\b", file_kind::gzip},
+      {"", file_kind::empty},       {"x %!", file_kind::other}};
   for (const auto& [text, kind] : kinds) EXPECT_EQ(batch::kind_of(text), kind) << text;
   EXPECT_EQ(batch::postscript("x"), "x");
 }
