@@ -104,6 +104,7 @@ class choice {
   void check_gain(const candidate& made) const;
   std::optional<file_report> right_without_gain();
   std::string next_step();
+  [[nodiscard]] std::string other_ways() const;
   void compare(const candidate& made, file_report& report);
   [[nodiscard]] bool interrupted() const {
     return gravest_ && gravest_->result == verdict::interrupted;
@@ -140,6 +141,7 @@ file_report choice::run(const result_taker& take) {
   if (kind == file_kind::pdf || interrupted()) return *gravest_;
   if (ways_to_try(options_, kind).size() > 1) gravest_->reason += "; no other way was better";
   if (gravest_->result == verdict::nothing_to_join) gravest_->reason += next_step();
+  if (gravest_->result == verdict::withheld) gravest_->reason += other_ways();
   return *gravest_;
 }
 
@@ -320,7 +322,13 @@ std::string choice::next_step() {
     } catch (const dead_end&) {
     }
   }
-  return options_.tools.can_take_detours() ? "; --auto tries other ways" : "";
+  return other_ways();
+}
+
+/// What else there is where one way alone was tried; empty where it is nothing.
+std::string choice::other_ways() const {
+  const bool has_more = !options_.auto_way && !options_.detour && options_.tools.can_take_detours();
+  return has_more ? "; --auto tries other ways" : "";
 }
 
 void choice::compare(const candidate& made, file_report& report) {
