@@ -106,7 +106,7 @@ std::optional<pdf_outcome> read_pdf_outcome(std::string_view text) {
 pdf_outcome work(const pdf_request& request) {
   pdf::content_settings settings;
   settings.reorder = !request.careful;
-  constexpr double every_digit = 1e-9;
+  constexpr double every_digit = 1e-8;
   if (request.careful) settings.precision = every_digit;
   if (request.close) settings.close = pdf::closing::under;
   const pdf::document_summary summary =
