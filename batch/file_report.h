@@ -48,6 +48,7 @@ struct file_report {
   hairline_counts hairlines_before;
   hairline_counts hairlines_after;
   double seconds = 0;
+  bool is_stale = false;    ///< the figure is newer than the result that exists
   std::string reason;       ///< why there is no result, or what is to be said of it
   std::string earlier_row;  ///< of the report that told when the result was written; mostly empty
 };

@@ -103,7 +103,7 @@ batch_options parse_options(int argc, const char* const* argv) {
   app.add_flag("--auto", options.auto_way, "Try -s2, -s1 and the detour, keep the best result");
   app.add_flag("--detour", options.detour,
                "By way of PDF (Ghostscript, pdftops), joining there or then");
-  app.add_flag("-f,--force", options.replace, "Replace existing results");
+  app.add_flag("-f,--force", options.replace, "Replace existing results of ours");
   app.add_flag("--keep", options.keep_all, "Keep results not smaller, or with nothing joined, too");
   app.add_flag("--verify", options.verify, "Compare the pictures (default if gs is there)");
   app.add_flag("--no-verify", no_verify, "Do not compare the pictures");

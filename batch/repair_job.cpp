@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 /// Whether a result is to be made, given what is in its place.
 bool is_to_be_made(earlier_result earlier, const fs::path& place, const batch_options& options) {
   if (earlier == earlier_result::not_ours) {
-    throw dead_end{verdict::failed,
-                   "'" + place.filename().string() +
-                       "' is no result of ours, and stays (--output-dir gets past it)"};
+    const bool is_beside = options.output_directory.empty();
+    throw dead_end{verdict::failed, "'" + place.string() + "' is no result of ours, and stays" +
+                                        (is_beside ? " (--output-dir gets past it)" : "")};
   }
   return earlier != earlier_result::complete || options.replace;
 }
@@ -90,20 +90,20 @@ file_report repair_file(const work_item& item, const batch_options& options,
     end_with(dead_end_of(error));
   }
   if (report.result == verdict::exists) {
-    report.reason = is_older(item.result, item.file) ? "older than the figure; -f replaces it"
-                                                     : "-f replaces it";
+    report.is_stale = is_older(item.result, item.file);
+    report.reason = report.is_stale ? "older than the figure; -f replaces it" : "-f replaces it";
     report.bytes_after = static_cast<std::int64_t>(file_size(item.result));
   }
   if (report.result == verdict::nothing_to_join) forget_attempt(report);
   if (earlier == earlier_result::unfinished && report.result != verdict::written) {
-    const std::string there = '\'' + item.result.filename().string() + '\'';
+    const std::string there = '\'' + item.result.string() + '\'';
     report.reason += report.result == verdict::possible
                          ? "in place of " + there + ", which is unfinished"
                          : "; " + there + " is unfinished: remove it";
   }
   const bool is_gone = report.result == verdict::written || report.result == verdict::possible;
   if (earlier == earlier_result::complete && options.replace && !is_gone) {
-    report.reason += "; '" + item.result.filename().string() + "' is of an earlier run";
+    report.reason += "; '" + item.result.string() + "' is of an earlier run";
   }
   report.file = item.file;
   report.bytes_before = n_bytes;

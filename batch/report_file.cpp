@@ -83,7 +83,7 @@ std::unique_ptr<report_file> open_report(const fs::path& name,
 
 void take_over(const report_file& earlier, std::vector<file_report>& reports) {
   for (file_report& report : reports) {
-    if (report.result != verdict::exists) continue;
+    if (report.result != verdict::exists || report.is_stale) continue;
     const auto row = earlier.rows.find(escaped(report.file.string()));
     if (row != earlier.rows.end()) take_over(row->second, report);
   }

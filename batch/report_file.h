@@ -26,7 +26,7 @@ std::unique_ptr<report_file> open_report(const std::filesystem::path& name,
                                          const std::vector<work_item>& figures);
 
 /// Gives the files whose results exist what the earlier report told when these were written, as
-/// far as sizes are still the same.
+/// far as sizes are still the same and no figure is newer than its result.
 void take_over(const report_file& earlier, std::vector<file_report>& reports);
 
 /// Writes the reports to the file, in place of what it held. Throws run_error.

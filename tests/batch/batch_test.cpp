@@ -45,7 +45,7 @@ TEST_F(batches, keep_what_is_smaller_and_shows_the_same) {
   EXPECT_EQ(run("-f --no-verify .").status, 0);
   EXPECT_NE(directory.read("in folder/-a.b_r.EPS"), old_result);
   EXPECT_EQ(results()["./small.eps"],
-            "not kept: the result is not smaller; 'small_r.eps' is of an earlier run");
+            "not kept: the result is not smaller; './small_r.eps' is of an earlier run");
 }
 
 TEST_F(batches, replace_what_is_unfinished_and_nothing_that_is_not_theirs) {
@@ -60,7 +60,8 @@ TEST_F(batches, replace_what_is_unfinished_and_nothing_that_is_not_theirs) {
   for (const std::string options : {"", "-f "}) {
     EXPECT_EQ(run(options + "--no-verify --keep *.eps").status, 1);
     EXPECT_EQ(results()["a.eps"], "written");
-    EXPECT_TRUE(results()["b.eps"].starts_with("FAILED: 'b_r.eps' is no result of ours"));
+    EXPECT_EQ(results()["b.eps"],
+              "FAILED: 'b_r.eps' is no result of ours, and stays (--output-dir gets past it)");
     EXPECT_EQ(results()["d.eps"],
               "nothing to join: no polygons found; --auto tries other ways; "
               "'d_r.eps' is unfinished: remove it");
@@ -92,6 +93,12 @@ TEST_F(batches, write_elsewhere_or_nowhere) {
   const outcome again = run("--output-dir out/new --files-from list");
   EXPECT_EQ(directory.read("t.tsv").substr(0, 400), rows.substr(0, 400));
   EXPECT_NE(again.out.find("2 files: 2 exists"), std::string::npos) << again.out;
+  // But not of a figure that has become another since.
+  shell("touch -d @1 out/new/deep/a.eps", directory);
+  EXPECT_EQ(run("--output-dir out/new --files-from list").status, 0);
+  EXPECT_EQ(results()["in/deep/a.eps"], "exists: older than the figure; -f replaces it");
+  EXPECT_EQ(told("in/deep/a.eps", "picture"), "");
+  EXPECT_EQ(told("in/b\\nb.eps", "picture"), "same");
   // Results are none to work on, whatever their names.
   EXPECT_EQ(run("-n . out/new/deep/a.eps").status, 0);
   const std::map<std::string, std::string> expected = {
@@ -99,7 +106,9 @@ TEST_F(batches, write_elsewhere_or_nowhere) {
       {"./in/b\\nb.eps", "would be written"},
       {"out/new/deep/a.eps", "skipped: it is a result of trellion already"}};
   EXPECT_EQ(results(), expected);
-  EXPECT_EQ(run("--output-dir in/deep in/deep/a.eps").status, 1);
+  EXPECT_EQ(run("--output-dir out/new/deep out/new/deep/a.eps in/deep/a.eps").status, 0);
+  EXPECT_EQ(results()["in/deep/a.eps"], "exists: older than the figure; -f replaces it");
+  EXPECT_EQ(run("--output-dir in/deep in/deep/a.eps out/new/deep/a.eps").status, 1);
   EXPECT_EQ(directory.read("in/deep/a.eps"), plain_figure(1));
 }
 
@@ -155,7 +164,8 @@ TEST_F(batches, tell_failures_and_go_on) {
   EXPECT_EQ(reason("./drawn.eps"), "FAILED: it is SVG or a page of the web, no EPS or PDF");
   EXPECT_TRUE(reason("./dos.eps").starts_with("WITHHELD: it has a DOS preview header"));
   EXPECT_EQ(reason("./boxless.eps"), "written");
-  EXPECT_EQ(reason("./far.eps"), "WITHHELD: the outlines cover less than the polygons did");
+  EXPECT_EQ(reason("./far.eps"),
+            "WITHHELD: the outlines cover less than the polygons did; --auto tries other ways");
   EXPECT_EQ(reason("missing.eps"), "FAILED: there is no such file");
   EXPECT_FALSE(exists("beside_r.eps") || exists("broken\x1b[2J_r.eps"));
 
