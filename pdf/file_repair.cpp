@@ -33,6 +33,22 @@ file_state state_of(const fs::path& file) {
   throw run_error("'" + result.string() + "' exists already (-f replaces it)");
 }
 
+/// Whether what stands in the place of a result is to give way. Throws run_error when it stays.
+bool gives_way(const fs::path& result, const fs::path& input, const pdf_options& options) {
+  std::error_code ignored;
+  if (!fs::exists(fs::symlink_status(result, ignored))) return false;
+  // A name that was chosen for the result says that whatever is there may go.
+  const bool is_chosen = !options.output.empty();
+  const batch::earlier_result earlier =
+      is_chosen ? batch::earlier_result::complete : batch::look_for_result(result, input);
+  if (earlier == batch::earlier_result::not_ours) {
+    throw run_error("'" + result.string() +
+                    "' is no result of ours, and stays (-f with -o replaces it)");
+  }
+  if (earlier == batch::earlier_result::complete && !options.replace) refuse_to_replace(result);
+  return true;
+}
+
 fs::file_status looked_at(const fs::path& input) {
   const fs::file_status status = fs::status(input);
   if (!fs::exists(status)) throw run_error("there is no such file");
@@ -50,14 +66,7 @@ document_summary repair_file(const fs::path& input, const fs::path& result,
   const file_state state = state_of(input);
   if (batch::is_same_place(input, result))
     throw run_error("its result would take its place; it has not been touched");
-  std::error_code ignored;
-  const bool is_there = fs::exists(fs::symlink_status(result, ignored));
-  if (is_there && !options.replace) refuse_to_replace(result);
-  // A name that was chosen for the result says that whatever is there may go.
-  if (is_there && options.output.empty() &&
-      batch::look_for_result(result, input) == batch::earlier_result::not_ours) {
-    throw run_error("'" + result.string() + "' is no result of ours, and stays");
-  }
+  const bool replaces = gives_way(result, input, options) || options.replace;
 
   const fs::path parent = batch::directory_of(result);
   batch::remove_abandoned_directories(parent);
@@ -70,7 +79,7 @@ document_summary repair_file(const fs::path& input, const fs::path& result,
   if (state_of(input) != state) throw run_error("it was changed while it was repaired");
   const bool is_placed =
       batch::place(made, result, static_cast<mode_t>(status.permissions()),
-                   options.replace ? batch::existing_file::replace : batch::existing_file::keep);
+                   replaces ? batch::existing_file::replace : batch::existing_file::keep);
   if (!is_placed) refuse_to_replace(result);
   return summary;
 }

@@ -50,10 +50,10 @@ void set_closing(const std::string& value, content_settings& settings) {
 }
 
 void set_precision(const std::string& value, content_settings& settings) {
-  constexpr double least = 1e-9;
+  constexpr double least = 1e-8;  // more than nine decimals are kept of no number
   const std::optional<double> precision = number_in(value);
   if (!precision || !(*precision >= least) || *precision > 1) {
-    refuse("--precision: '" + value + "' is no number of points from 0.000000001 to 1");
+    refuse("--precision: '" + value + "' is no number of points from 0.00000001 to 1");
   }
   settings.precision = *precision;
 }
@@ -77,12 +77,13 @@ pdf_options parse_options(int argc, const char* const* argv) {
   app.add_flag("--no-reorder", no_reorder, "Keep all polygons in their order");
   std::string precision;
   app.add_option("--precision", precision,
-                 "Points by which coordinates may be rounded (default 0.001)")
+                 "Points by which coordinates may be rounded, 1e-8 to 1 (default 0.001)")
       ->type_name("POINTS");
   bool strict = false;
   app.add_flag("--strict", strict,
                "Draw each page that changed before and after, and compare the pictures");
-  app.add_flag("-f,--force", options.replace, "Replace existing results");
+  app.add_flag("-f,--force", options.replace,
+               "Replace existing results of ours; with -o whatever is there");
 
   try {
     app.parse(argc, argv);

@@ -58,6 +58,15 @@ TEST(program, replaces_nothing_unasked_and_no_input_ever) {
   EXPECT_EQ(shell("trellion-pdf -fo old.pdf a.pdf", directory).status, 0);
   EXPECT_EQ(directory.read("old.pdf"), lone_polygon);
   EXPECT_EQ(n_entries(directory), 3U);
+  directory.write("a_r.pdf", "%PDF-1.4\n%%EOF\n");
+  for (const auto* options : {"", "-f "}) {
+    EXPECT_EQ(shell("trellion-pdf " + std::string(options) + "a.pdf", directory).err,
+              "trellion-pdf: 'a.pdf': 'a_r.pdf' is no result of ours, and stays "
+              "(-f with -o replaces it)\n");
+  }
+  directory.write("a_r.pdf", "");
+  EXPECT_EQ(shell("trellion-pdf a.pdf", directory).status, 0) << "it was unfinished";
+  EXPECT_EQ(directory.read("a_r.pdf"), lone_polygon);
   directory.write("b.eps", "%!PS\n");
   directory.write("b_r.eps", "");
   EXPECT_EQ(shell("trellion-pdf b.eps", directory).err,
@@ -68,7 +77,7 @@ TEST(program, tells_mistakes_on_the_command_line) {
   const scratch_directory directory;
   directory.write("a.pdf", mesh_on_page);
   for (const auto* arguments :
-       {"", "--close=0 a.pdf", "--close=2.1 a.pdf", "--close=x a.pdf", "--precision=0 a.pdf",
+       {"", "--close=0 a.pdf", "--close=2.1 a.pdf", "--close=x a.pdf", "--precision=9e-9 a.pdf",
         "--precision=-1 a.pdf", "-o x.pdf a.pdf a.pdf", "--none a.pdf"}) {
     const outcome done = shell("trellion-pdf " + std::string(arguments), directory);
     EXPECT_EQ(done.status, 2) << arguments;
@@ -76,7 +85,8 @@ TEST(program, tells_mistakes_on_the_command_line) {
   }
   EXPECT_EQ(shell("PATH=${PATH%%:*}; trellion-pdf --strict a.pdf", directory).status, 2);
   EXPECT_EQ(n_entries(directory), 1U);
-  EXPECT_EQ(shell("trellion-pdf --close --no-reorder a.pdf", directory).status, 0);
+  const outcome done = shell("trellion-pdf --close --no-reorder --precision 1e-8 a.pdf", directory);
+  EXPECT_TRUE(done.out.starts_with("a.pdf: 100 -> 1 ")) << done.out;
 }
 
 TEST(program, looks_at_the_pages_when_it_is_strict) {
