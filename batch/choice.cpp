@@ -62,6 +62,10 @@ judging_rule rule_for(const repair_way& way) {
   return {way.detour ? detour_tolerance : 0, way.remove_mesh, way.pdf && !way.detour};
 }
 
+dead_end wrong_result(std::string reason) {
+  return {verdict::withheld, std::move(reason), std::nullopt, true};
+}
+
 /// In time limits of a single program: so long may the pages of all results be compared.
 constexpr int patience = 4;
 
@@ -125,6 +129,7 @@ class choice {
   int tests_left_ = 64;                 // of the search for culprits: each repairs and draws
   std::optional<std::chrono::steady_clock::time_point> compares_since_;
   std::optional<file_report> gravest_;
+  bool is_of_way_ = false;  // the gravest: another way may end otherwise
 };
 
 file_report choice::run(const result_taker& take) {
@@ -141,7 +146,7 @@ file_report choice::run(const result_taker& take) {
   if (kind == file_kind::pdf || interrupted()) return *gravest_;
   if (ways_to_try(options_, kind).size() > 1) gravest_->reason += "; no other way was better";
   if (gravest_->result == verdict::nothing_to_join) gravest_->reason += next_step();
-  if (gravest_->result == verdict::withheld) gravest_->reason += other_ways();
+  if (gravest_->result == verdict::withheld && is_of_way_) gravest_->reason += other_ways();
   return *gravest_;
 }
 
@@ -151,7 +156,9 @@ bool choice::reach(file_report& report, Step step) {
   const auto note = [&](const dead_end& end) {
     report.result = end.result;
     report.reason = end.reason;
-    if (!gravest_ || says_more(report, *gravest_)) gravest_ = report;
+    if (gravest_ && !says_more(report, *gravest_)) return false;
+    gravest_ = report;
+    is_of_way_ = end.is_of_way;
     return false;
   };
   try {
@@ -236,11 +243,11 @@ std::optional<choice::finding> choice::best_without_culprits() {
     const bool mended = reach(found.report, [&] {
       std::optional<candidate> spared = without_culprits(miss);
       if (!spared) {
-        throw dead_end{verdict::withheld, "the picture changed, and no few groups are to blame"};
+        throw wrong_result("the picture changed, and no few groups are to blame");
       }
       found = {*spared, report_of(*spared)};
       if (spared->summary.mergers == 0) {
-        throw dead_end{verdict::withheld, "the picture changed wherever polygons were joined"};
+        throw wrong_result("the picture changed wherever polygons were joined");
       }
       check_gain(*spared);
       compare(*spared, found.report);
@@ -271,7 +278,7 @@ std::optional<candidate> choice::without_culprits(const near_miss& miss) {
 
 void choice::check_gain(const candidate& made) const {
   if (made.summary.area_lost) {
-    throw dead_end{verdict::withheld, "the outlines cover less than the polygons did"};
+    throw wrong_result("the outlines cover less than the polygons did");
   }
   if (options_.keep_all) return;
   const std::uint64_t n_bytes = workshop_.input().n_bytes;

@@ -68,6 +68,7 @@ struct dead_end {
   std::string reason;
   /// Where the picture changed, if it did at few places.
   std::optional<page_part> place = std::nullopt;
+  bool is_of_way = false;  ///< another way of repairing may end otherwise
 };
 
 }  // namespace trellion::batch

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -20,8 +21,9 @@ std::string percent(std::int64_t part, std::int64_t whole) {
          " %";
 }
 
-[[noreturn]] void withhold(std::string reason) {
-  throw dead_end{verdict::withheld, std::move(reason)};
+/// The result is wrong; another may be right.
+[[noreturn]] void withhold(std::string reason, std::optional<page_part> place = std::nullopt) {
+  throw dead_end{verdict::withheld, std::move(reason), place, true};
 }
 
 /// One of the drawings that are compared.
@@ -118,15 +120,16 @@ void check_colours(std::span<const sharp_view> views, const judging_rule& rule) 
   for (const sharp_view& view : views) {
     const picture_difference& difference = view.difference;
     if (difference.blank) {
-      withhold("the page shows nothing but one colour: is the BoundingBox beside the drawing?");
+      throw dead_end{
+          verdict::withheld,
+          "the page shows nothing but one colour: is the BoundingBox beside the drawing?"};
     }
     if (!is_right(view)) {
       const std::string count = std::to_string(difference.wrong);
-      throw dead_end{verdict::withheld,
-                     "the picture changed: the colour of " + count +
-                         (difference.wrong == 1 ? " pixel" : " pixels") +
-                         " is not there in the other picture",
-                     place_of_few(views)};
+      withhold("the picture changed: the colour of " + count +
+                   (difference.wrong == 1 ? " pixel" : " pixels") +
+                   " is not there in the other picture",
+               place_of_few(views));
     }
     const bool too_many = difference.differing > percent_of_outlines * difference.pixels / 100;
     if (rule.mesh_closed && too_many) {
