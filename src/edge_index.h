@@ -43,10 +43,6 @@ class lazy_queue {
   void change_top(rank order);
   [[nodiscard]] bool empty() const { return sorted_.empty() && heap_.empty(); }
   [[nodiscard]] ranked top() const { return top_is_sorted() ? sorted_.back() : heap_.front(); }
-  /// Of those it began with the one after `n` others; nobody when there is none.
-  [[nodiscard]] ranked upcoming(std::size_t n) const {
-    return n < sorted_.size() ? sorted_[sorted_.size() - 1 - n] : nobody;
-  }
 
  private:
   [[nodiscard]] bool top_is_sorted() const {

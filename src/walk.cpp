@@ -21,12 +21,12 @@ void add_vertex(polygon_group& group, const char* x, const char* y) {
     group.first_fault = std::min(group.first_fault, vertices.size());
   }
   if (vertices.size() == vertices.capacity()) {
-    // Once for most groups. For a large one room for all that the text can hold: more than is
-    // needed does not cost memory that is not used, and growing would be copying.
+    // Once for most groups. For a large one room for about all that the text holds: growing would
+    // be copying, and where memory is real only once it is used, more than is needed costs nothing.
     constexpr std::size_t usual = std::size_t{1} << 16;
-    constexpr std::size_t least_bytes = 6;  // of a vertex: "1 2 l "
+    constexpr std::size_t short_vertex = 12;  // bytes of its text
     const auto left = static_cast<std::size_t>(end - x);
-    const std::size_t most = vertices.size() + left / least_bytes + 1;
+    const std::size_t most = vertices.size() + left / short_vertex + 1;
     vertices.reserve(vertices.empty() ? std::min(usual, most) : most);
   }
   vertices.push_back({{at_x.thousandths, at_y.thousandths}, x});
