@@ -69,7 +69,7 @@ edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
       ranks_(store.paths.size()),
       more_shares_(0, share_hash{keys_.last_factor}) {
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
-  // Room makes searches short, but a table that is larger than the caches is better small.
+  // Three slots a point make searches short; in a table larger than the caches half as many do.
   const std::size_t n = store.points.size();
   constexpr std::size_t many = std::size_t{1} << 18;
   resize_table(n < many ? 3 * n : n + n / 2);

@@ -66,7 +66,7 @@ struct hash_keys {
 /// Edges that lie alike form a bundle: a ring of links through the edges themselves, so that the
 /// partners of an edge are found without a look-up. A hash table leads from two points to one edge
 /// of the bundle, its head; only adding an edge, and removing the head of a bundle that lives on,
-/// touch it. A bundle of many edges becomes a crowd, which keeps the paths of its edges in a heap
+/// touch it. A bundle of many edges becomes a crowd, which keeps the paths of its edges in a queue
 /// by rank instead, each path once, however many of the edges it has.
 ///
 /// A slot holds an edge and, in the bits that edges of this index do not need, a part of its hash,
@@ -79,15 +79,15 @@ struct hash_keys {
 ///    bundle in the meantime does no harm: what it holds is compared with what is looked for. So an
 ///    edge can stand in two slots, and whichever is met first serves.
 /// 3. The edges that one path has in a crowd are its share, whose number stands in each of them
-///    where the link to the next edge of a bundle is. The crowd's heap has an entry for every share
-///    that is not empty, of the path's rank or less; the share tells the rank of that entry. An
-///    entry of another rank, or of an empty share, is left from before. A crowd stays one when it
-///    shrinks.
+///    where the link to the next edge of a bundle is. The crowd's queue has an entry for every
+///    share that is not empty, of the path's rank or less; the share tells the rank of that entry.
+///    An entry of another rank, or of an empty share, is left from before. A crowd stays one when
+///    it shrinks.
 class edge_index {
  public:
   /// Makes room for the edges of the store, which must outlive the index, and indexes none. What it
-  /// keeps about an edge it keeps in the store.
-  /// Bundles of more than `crowd_size` edges become crowds.
+  /// keeps about an edge it keeps in the store. Bundles of more than `crowd_size` edges become
+  /// crowds.
   edge_index(path_store& store, std::uint32_t crowd_size);
 
   /// Indexes all edges of the store that have an owner. It is quickest in the order of memory.
@@ -175,7 +175,7 @@ class edge_index {
   static constexpr share_number no_share = UINT32_MAX;
 
   struct share {
-    rank listed;  // in the crowd's heap
+    rank listed;  // in the crowd's queue
     path_index path;
     crowd_id crowd;
     std::uint32_t n_edges;

@@ -16,7 +16,7 @@ namespace trellion {
 /// What is kept about the neighbours of the large paths, so that a look of such a path for a
 /// partner costs what has changed since its last look, not its number of points.
 ///
-/// An edge outside of the crowds stands in a heap of its path by the rank of its first neighbour.
+/// An edge outside of the crowds stands in a queue of its path by the rank of its first neighbour.
 /// An entry may be too small, never too large, whenever the path looks: neighbours whose ranks
 /// become smaller are announced, and those whose ranks have become larger are found out at the top.
 ///

@@ -21,7 +21,7 @@ inline constexpr path_index no_path = UINT32_MAX;
 struct edge_record {
   static constexpr path_index nobody = (path_index{1} << 29) - 1;
 
-  point_index next_alike;  ///< an edge between the same two points; mostly the edge itself
+  point_index next_alike;  ///< lies alike, or is the edge itself; in a crowd its share
   path_index owner : 29;   ///< nobody when its path is not to be joined
   bool indexed : 1;
   bool head : 1;

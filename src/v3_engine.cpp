@@ -33,12 +33,14 @@ namespace {
 // 4. The edges joined are the same. P's is the first from its cursor on that lies like any of B,
 //    B's the first from its cursor on that lies like that one.
 //
-// What a large path knows about its neighbours is kept from look to look: see large_paths.h. It
-// begins when the path joins one that is much smaller: before, what it is joined to pays for a look
-// at all its edges, which is quicker than keeping them in order. While
-// P is current only P looks, and its rank is the one it gets if it is filed under n points. Filed
-// under more, it gets a larger one; filed under fewer, all its edges are announced, and so is every
-// edge that a clean-up has changed.
+// What a large path knows about its neighbours is kept from look to look: see large_paths.h. That
+// begins when it joins a path that is much smaller. Before, a look goes round the whole ring, which
+// is quicker than keeping its edges in order, and is paid for by the partner: it has an eighth of
+// the points or more, and they end in a path of at least twice its size.
+//
+// While P is current only P looks, and its rank is the one it gets if it is filed under n points.
+// Filed under more, it gets a larger one; filed under fewer, all its edges are announced, and so is
+// every edge that a clean-up has changed.
 //
 // The time is that of the points, times a few logarithms, also where an edge is shared very often:
 //

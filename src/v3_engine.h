@@ -10,10 +10,10 @@ namespace trellion {
 /// From which sizes on the engine keeps what it knows instead of looking again. They change the
 /// time it takes, never the result.
 struct engine_sizes {
-  std::uint32_t large_path = 256;  ///< points of a path whose neighbours may be kept in order
+  std::uint32_t large_path = 256;  ///< points of a path whose neighbours can be kept in order
   std::uint32_t crowd = 64;        ///< edges between the same two points that are kept in order
   std::uint32_t patience = 64;     ///< steps along a large path until its points are kept in order
-  std::uint32_t much_smaller = 8;  ///< times smaller is one that makes a large path keep them so
+  std::uint32_t much_smaller = 8;  ///< they are once it joins one so many times smaller; 0: any
 };
 
 /// Joins the paths of a group that share an edge and files the results in the strata by their new
