@@ -38,7 +38,7 @@ std::uint64_t folded(std::uint64_t n, std::uint64_t key) {
 
 }  // namespace
 
-lazy_queue::lazy_queue(std::vector<ranked> entries) : sorted_(std::move(entries)) {
+lazy_queue::lazy_queue(large_array<ranked> entries) : sorted_(std::move(entries)) {
   std::ranges::sort(sorted_, later);
 }
 
@@ -213,6 +213,23 @@ void edge_index::resize_table(std::size_t least_slots) {
     if (slots_[i] == empty_slot) ++used_slots_;
     slots_[i] = s;
   }
+}
+
+void edge_index::fetch(edge e) const {
+  __builtin_prefetch(&store_.links[e]);
+  __builtin_prefetch(&store_.points[e]);
+}
+
+void edge_index::fetch_alike(edge e) const {
+  const edge alike = record(e).next_alike;
+  if (alike < store_.links.size()) fetch(alike);  // else it is the number of a share
+}
+
+void edge_index::fetch_neighbour(edge e) const {
+  const edge alike = record(e).next_alike;
+  if (alike >= store_.links.size() || owner(alike) >= ranks_.size()) return;
+  __builtin_prefetch(&ranks_[owner(alike)]);
+  __builtin_prefetch(&store_.paths[owner(alike)]);
 }
 
 ranked edge_index::first_neighbour_in_bundle(edge e) {

@@ -35,7 +35,7 @@ inline constexpr ranked nobody = {UINT64_MAX, no_path};
 class lazy_queue {
  public:
   lazy_queue() = default;
-  explicit lazy_queue(std::vector<ranked> entries);
+  explicit lazy_queue(large_array<ranked> entries);
 
   void push(ranked entry);
   void pop();
@@ -43,13 +43,18 @@ class lazy_queue {
   void change_top(rank order);
   [[nodiscard]] bool empty() const { return sorted_.empty() && heap_.empty(); }
   [[nodiscard]] ranked top() const { return top_is_sorted() ? sorted_.back() : heap_.front(); }
+  /// Of those it began with the one after `n` others; what it stands for is not told when there is
+  /// none.
+  [[nodiscard]] ranked upcoming(std::size_t n) const {
+    return n < sorted_.size() ? sorted_[sorted_.size() - 1 - n] : nobody;
+  }
 
  private:
   [[nodiscard]] bool top_is_sorted() const {
     return heap_.empty() || (!sorted_.empty() && sorted_.back().order <= heap_.front().order);
   }
 
-  std::vector<ranked> sorted_;  // the smallest last
+  large_array<ranked> sorted_;  // the smallest last
   std::vector<ranked> heap_;
 };
 
@@ -94,7 +99,11 @@ class edge_index {
   void add_all();
   /// Gives a path its rank: all before the first look, then those that are filed again.
   void set_rank(path_index path, rank order) { ranks_[path] = order; }
-  void prefetch_rank(path_index path) const { __builtin_prefetch(&ranks_[path]); }
+  /// Fetches what a look at an edge needs, in three steps of which each tells where the next one
+  /// leads: the edge, one that lies alike, and the path that this belongs to.
+  void fetch(edge e) const;
+  void fetch_alike(edge e) const;
+  void fetch_neighbour(edge e) const;
   /// Makes an edge belong to another path.
   void set_owner(edge e, path_index path) {
     if (record(e).crowded) move_to_share_of(path, e);

@@ -14,8 +14,9 @@ large_paths::large_paths(const path_store& store, edge_index& index, std::uint32
 void large_paths::add(path_index path) {
   is_large_[path] = true;
   large_.try_emplace(path);
-  std::vector<ranked> lone;
   const ps_path& p = store_.paths[path];
+  large_array<ranked> lone;
+  lone.reserve(p.n_points);
   edge e = p.cursor;
   for (std::uint32_t i = 0; i < p.n_points; ++i, e = store_.next(e)) {
     const ranked neighbour = index_.first_neighbour(e);
@@ -157,6 +158,13 @@ ranked large_paths::first_neighbour(path_index path) {
 /// The first of the neighbours outside of the crowds.
 ranked large_paths::first_lone_neighbour(large_path& large, path_index path) {
   lazy_queue& by_rank = large.by_rank;
+  constexpr std::size_t far = 16;
+  const ranked last = by_rank.upcoming(far);
+  if (last.what != no_path) {
+    index_.fetch(last.what);
+    index_.fetch_alike(by_rank.upcoming(far / 2).what);
+    index_.fetch_neighbour(by_rank.upcoming(far / 4).what);
+  }
   while (!by_rank.empty()) {
     const ranked top = by_rank.top();
     const edge e = top.what;

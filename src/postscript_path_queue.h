@@ -59,7 +59,7 @@ class strata {
 
  private:
   path_store* store_;
-  std::vector<ps_path_queue> queues_;
+  large_array<ps_path_queue> queues_;
 };
 
 /// A number of the input that cannot be a coordinate: the text says which, and its line.

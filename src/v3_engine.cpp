@@ -1,7 +1,6 @@
 #include "v3_engine.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <optional>
 #include <string>
@@ -168,31 +167,18 @@ bool engine::take_up(std::int32_t merge_limit) {
 }
 
 /// Paths are mostly taken up in the order of their numbers. Where that is not the order of place,
-/// what their looks need lies anywhere. It is fetched in three steps, as each tells where the next
-/// one leads: the path's first edges, those that lie alike, and the paths that these belong to.
+/// what their looks need lies anywhere.
 void engine::fetch_ahead() const {
-  constexpr std::array<path_index, 3> steps = {16, 8, 4};  // paths ahead
-  constexpr point_index n_edges = 4;
-  if (current_ + steps[0] >= store_.paths.size()) return;
-  const auto fetch = [this](point_index point) {
-    __builtin_prefetch(&store_.links[point]);
-    __builtin_prefetch(&store_.points[point]);
+  constexpr path_index far = 16;
+  if (current_ + far >= store_.paths.size()) return;
+  const auto for_first_edges = [this](path_index path, auto fetch) {
+    constexpr edge n_edges = 4;
+    const edge last = store_.paths[path].cursor;
+    for (edge e = last - std::min(last, n_edges - 1); e <= last; ++e) fetch(e);
   };
-  const auto for_each_alike = [this](path_index path, auto look_at) {
-    const point_index last = store_.paths[path].cursor;
-    for (point_index p = last - std::min(last, n_edges - 1); p <= last; ++p) {
-      const edge alike = store_.links[p].record.next_alike;
-      if (alike < store_.links.size()) look_at(alike);  // else it is the number of a share
-    }
-  };
-  fetch(store_.paths[current_ + steps[0]].cursor);
-  for_each_alike(current_ + steps[1], fetch);
-  for_each_alike(current_ + steps[2], [this](edge alike) {
-    const path_index owner = store_.links[alike].record.owner;
-    if (owner >= store_.paths.size()) return;
-    index_.prefetch_rank(owner);
-    __builtin_prefetch(&store_.paths[owner]);
-  });
+  index_.fetch(store_.paths[current_ + far].cursor);
+  for_first_edges(current_ + far / 2, [this](edge e) { index_.fetch_alike(e); });
+  for_first_edges(current_ + far / 4, [this](edge e) { index_.fetch_neighbour(e); });
 }
 
 void engine::file_current() {
