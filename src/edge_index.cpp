@@ -62,11 +62,21 @@ void lazy_queue::change_top(rank order) {
   push(changed);
 }
 
+extent_filter::extent_filter(std::size_t n_edges, const hash_keys& keys)
+    : x_key_(keys.smaller_point), y_key_(keys.larger_point) {
+  // Meshes have few extents or very many. It is to stay in the fastest cache.
+  constexpr int most_bits = 18;
+  const int bits = std::clamp(static_cast<int>(std::bit_width(n_edges)), 6, most_bits);
+  shift_ = 64 - bits;
+  bits_.resize((std::size_t{1} << bits) / 64);
+}
+
 edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
     : store_(store),
       keys_(drawn_keys()),
       crowd_size_(crowd_size),
       ranks_(store.paths.size()),
+      extents_(store.points.size(), keys_),
       more_shares_(0, share_hash{keys_.last_factor}) {
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
   // Three slots a point make searches short; in a table larger than the caches half as many do.
@@ -80,22 +90,18 @@ edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
 void edge_index::add_all() {
   std::array<staged_edge, 16> staged{};  // a ring: the oldest is overwritten by the next
   std::size_t n_staged = 0;              // ever
-  const auto add_staged = [&](std::size_t i) {
-    const staged_edge& oldest = staged[i % staged.size()];
-    add_hashed(oldest.at, oldest.hash);
-  };
   const auto n_edges = static_cast<edge>(store_.links.size());
   for (edge e = 0; e < n_edges; ++e) {
     const path_index owner = record(e).owner;
     if (owner == edge_record::nobody || store_.next(e) == no_point) continue;
     record(e) = {e, owner & edge_record::nobody, false, false, false};
-    if (n_staged >= staged.size()) add_staged(n_staged);
-    const std::uint64_t h = hash(e);
-    staged[n_staged++ % staged.size()] = {e, h};
-    __builtin_prefetch(&slots_[home(h)]);
+    staged_edge& oldest = staged[n_staged % staged.size()];
+    if (n_staged >= staged.size()) add_staged(oldest);
+    oldest = stage(e);
+    ++n_staged;
   }
   for (std::size_t i = n_staged - std::min(n_staged, staged.size()); i < n_staged; ++i) {
-    add_staged(i);
+    add_staged(staged[i % staged.size()]);
   }
 }
 
@@ -117,11 +123,42 @@ std::uint64_t edge_index::hash(edge e) const {
   return (h ^ h >> 32) * keys_.last_factor;
 }
 
-void edge_index::add(edge e) { add_hashed(e, hash(e)); }
+void edge_index::add(edge e) { add_staged(stage(e)); }
 
-void edge_index::prefetch(edge e) const { __builtin_prefetch(&slots_[home(hash(e))]); }
+void edge_index::add_changed(const std::vector<edge>& edges) {
+  staged_.clear();
+  for (const edge e : edges) {
+    if (extents_.contains(store_.points[e], store_.points[store_.next(e)])) {
+      staged_.push_back(stage(e));
+    } else {
+      record(e) = {e, record(e).owner, true, false, false};
+      put_off_.push_back(e);
+    }
+  }
+  for (const staged_edge& staged : staged_) add_staged(staged);
+}
 
-void edge_index::add_hashed(edge e, std::uint64_t hash) {
+void edge_index::add_put_off() {
+  staged_.clear();
+  for (const edge e : put_off_) {
+    if (is_put_off(e)) staged_.push_back(stage(e));
+  }
+  put_off_.clear();
+  for (const staged_edge& staged : staged_) {
+    if (is_put_off(staged.at)) add_staged(staged);  // it can stand there twice
+  }
+}
+
+/// Gets an edge ready to be added: its home slot is being fetched.
+edge_index::staged_edge edge_index::stage(edge e) {
+  extents_.insert(store_.points[e], store_.points[store_.next(e)]);
+  const std::uint64_t h = hash(e);
+  __builtin_prefetch(&slots_[home(h)]);
+  return {e, h};
+}
+
+void edge_index::add_staged(const staged_edge& staged) {
+  const auto [e, hash] = staged;
   const slot wanted = slot_for(0, hash);
   std::size_t free_slot = slots_.size();
   std::size_t i = home(hash);

@@ -66,6 +66,37 @@ struct hash_keys {
   std::uint64_t last_factor;
 };
 
+/// Which extents, lengths and slopes, edges have had. It can err: some that none has had count,
+/// too.
+class extent_filter {
+ public:
+  extent_filter(std::size_t n_edges, const hash_keys& keys);
+
+  /// Takes note of the extent between two points, whichever comes first.
+  void insert(const ps_point& a, const ps_point& b) {
+    const std::size_t i = place_of(a, b);
+    bits_[i / 64] |= std::uint64_t{1} << i % 64;
+  }
+  /// False when no edge has had the extent between the two points.
+  [[nodiscard]] bool contains(const ps_point& a, const ps_point& b) const {
+    const std::size_t i = place_of(a, b);
+    return (bits_[i / 64] >> i % 64 & 1) != 0;
+  }
+
+ private:
+  /// A square, so that the sign and with it the direction has no part in it.
+  [[nodiscard]] std::size_t place_of(const ps_point& a, const ps_point& b) const {
+    const wrapping root = difference(b.coords[0], a.coords[0]) * x_key_ +
+                          difference(b.coords[1], a.coords[1]) * y_key_;
+    return static_cast<std::size_t>(root * root >> shift_);
+  }
+
+  std::uint64_t x_key_;
+  std::uint64_t y_key_;
+  int shift_;
+  std::vector<std::uint64_t> bits_;
+};
+
 /// Knows which edges of different paths lie between the same two points, whatever their directions.
 ///
 /// Edges that lie alike form a bundle: a ring of links through the edges themselves, so that the
@@ -88,6 +119,10 @@ struct hash_keys {
 ///    share that is not empty, of the path's rank or less; the share tells the rank of that entry.
 ///    An entry of another rank, or of an empty share, is left from before. A crowd stays one when
 ///    it shrinks.
+/// 4. While one path is worked on its edges change again and again, and most of them lie like none
+///    that there is. What has an extent that no edge of the table has had is put off: a bundle of
+///    its own without a head or a slot, until the path is done. Only edges of the same path could
+///    miss it meanwhile, and these are no partners.
 class edge_index {
  public:
   /// Makes room for the edges of the store, which must outlive the index, and indexes none. What it
@@ -112,8 +147,10 @@ class edge_index {
 
   /// Indexes an edge, where its two points are now. It must not be indexed.
   void add(edge e);
-  /// Fetches what adding the edge will need.
-  void prefetch(edge e) const;
+  /// Does that to edges of the path that is being worked on. Some may be put off.
+  void add_changed(const std::vector<edge>& edges);
+  /// Indexes what has been put off: before another path looks, or changes its edges.
+  void add_put_off();
   /// Removes an edge from the index; its points must be where they were when it was added.
   void remove(edge e);
   /// Removes two edges that lie alike.
@@ -206,6 +243,7 @@ class edge_index {
   };
 
   [[nodiscard]] std::uint64_t hash(edge e) const;
+  staged_edge stage(edge e);
   [[nodiscard]] std::size_t home(std::uint64_t hash) const {
     return static_cast<std::size_t>((product{hash} * slots_.size()) >> 64);
   }
@@ -221,7 +259,11 @@ class edge_index {
   [[nodiscard]] edge_record& record(edge e) { return store_.links[e].record; }
   [[nodiscard]] const edge_record& record(edge e) const { return store_.links[e].record; }
   [[nodiscard]] bool is_live_head(edge e) const { return record(e).indexed && record(e).head; }
-  void add_hashed(edge e, std::uint64_t hash);
+  void add_staged(const staged_edge& staged);
+  [[nodiscard]] bool is_put_off(edge e) const {
+    const edge_record& r = record(e);
+    return r.indexed && !r.head && !r.crowded && r.next_alike == e;
+  }
   void join(edge e, edge head);
   void replace_head(edge old_head, edge new_head);
   void resize_table(std::size_t least_slots);
@@ -240,6 +282,9 @@ class edge_index {
   std::vector<rank> ranks_;  // by path
   large_array<slot> slots_;
   std::size_t used_slots_ = 0;
+  extent_filter extents_;            // of all edges that have been in the table
+  std::vector<edge> put_off_;        // also some that have changed again
+  std::vector<staged_edge> staged_;  // for the time of a call
   int edge_bits_ = 0;  // an edge is less than 2 to this power less 1, so no slot looks empty
   std::vector<crowd> crowds_;
   std::vector<share> shares_;              // all that have ever been

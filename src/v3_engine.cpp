@@ -182,6 +182,7 @@ void engine::fetch_ahead() const {
 }
 
 void engine::file_current() {
+  index_.add_put_off();
   const std::uint32_t n_points = store_.paths[current_].n_points;
   index_.set_rank(current_, take_rank(n_points));
   strata_.of(n_points).add_after_last(current_);
@@ -269,9 +270,8 @@ edge engine::partner_edge(path_index partner_path, edge at) const {
 }
 
 void engine::index_changed_edges() {
-  for (const edge e : cleanup_.changed_edges()) index_.prefetch(e);
+  index_.add_changed(cleanup_.changed_edges());
   for (const edge e : cleanup_.changed_edges()) {
-    index_.add(e);
     large_.announce(e);
     if (large_.contains(current_)) large_.note_edge(current_, e);
   }
