@@ -9,7 +9,7 @@ void cleanup::note_suspects(path_index a, path_index b) {
   suspects_.clear();
   for (const path_index path : {a, b}) {
     const ps_path& p = store_.paths[path];
-    const auto [first, last, record] = store_.links[p.cursor];
+    const auto [first, last] = store_.neighbours(p.cursor);
     suspects_.push_back(first);
     const bool new_one = p.untested != first && p.untested != last && p.untested != p.cursor;
     if (p.untested != no_point && new_one) suspects_.push_back(p.untested);
@@ -28,7 +28,7 @@ void cleanup::run(path_index path) {
   bool is_suspect = true;
   p.untested = no_point;
   while (true) {
-    const auto [after, before, record] = store_.links[p.cursor];
+    const auto [after, before] = store_.neighbours(p.cursor);
     if (is_suspect && is_superfluous(points[before], points[p.cursor], points[after])) {
       remove_point(p.cursor);
       p.cursor = before;
@@ -56,7 +56,7 @@ void cleanup::run(path_index path) {
 
 /// Takes a point out of its ring. Its edge goes, and that of the point before it gets another end.
 void cleanup::remove_point(point_index point) {
-  const auto [after, before, record] = store_.links[point];
+  const auto [after, before] = store_.neighbours(point);
   const ps_point& end = store_.points[after];
   const bool stays_alike = store_.points[point].same_place(end) && before != point;
   const bool is_new_change = index_.contains(before) && before != point && !stays_alike;

@@ -144,8 +144,8 @@ void reverse(path_store& store, path_index path) {
 void merge_postscript_paths(path_store& store, path_index a, path_index b) {
   ps_path& pa = store.paths[a];
   const ps_path& pb = store.paths[b];
-  const point_links a_cursor = store.links[pa.cursor];
-  const point_links b_cursor = store.links[pb.cursor];
+  const auto a_cursor = store.neighbours(pa.cursor);
+  const auto b_cursor = store.neighbours(pb.cursor);
 
   store.link(a_cursor.prev, b_cursor.next);
   store.link(b_cursor.prev, a_cursor.next);
@@ -203,7 +203,7 @@ void remove_superfluous_points_v2(path_store& store, path_index path) {
   bool finished = false;
   p.untested = no_point;
   while (true) {
-    const auto [after, before, record] = store.links[p.cursor];
+    const auto [after, before] = store.neighbours(p.cursor);
     if (is_superfluous(points[before], points[p.cursor], points[after])) {
       store.link(before, after);
       store.drop(p.cursor);

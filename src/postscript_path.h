@@ -35,6 +35,12 @@ struct point_links {
   edge_record record;  ///< side by side with the links: they are looked at together
 };
 
+/// The points on both sides of a point in the ring of its outline.
+struct point_neighbours {
+  point_index next;
+  point_index prev;
+};
+
 /// A polygon: a closed ring of points, entered at its cursor.
 struct ps_path {
   std::uint32_t n_points = 0;
@@ -76,6 +82,11 @@ struct path_store {
 
   [[nodiscard]] point_index next(point_index point) const { return links[point].next; }
   [[nodiscard]] point_index prev(point_index point) const { return links[point].prev; }
+  /// Both at once, without the record beside them: that would be one wide load, which had to wait
+  /// for narrow stores just before.
+  [[nodiscard]] point_neighbours neighbours(point_index point) const {
+    return {next(point), prev(point)};
+  }
   void drop(point_index point) { links[point].next = no_point; }
   void link(point_index point, point_index next) {
     links[point].next = next;
