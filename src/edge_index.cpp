@@ -62,13 +62,24 @@ void lazy_queue::change_top(rank order) {
   push(changed);
 }
 
-extent_filter::extent_filter(std::size_t n_edges, const hash_keys& keys)
-    : x_key_(keys.smaller_point), y_key_(keys.larger_point) {
-  // Meshes have few extents or very many. It is to stay in the fastest cache.
-  constexpr int most_bits = 18;
-  const int bits = std::clamp(static_cast<int>(std::bit_width(n_edges)), 6, most_bits);
-  shift_ = 64 - bits;
+edge_filter::edge_filter(const large_array<ps_point>& points, const hash_keys& keys)
+    : keys_(keys) {
+  constexpr int most_bits = 21;  // of a size that is near at hand
+  const int bits = std::clamp(static_cast<int>(std::bit_width(points.size())), 6, most_bits);
+  hash_shift_ = 64 - bits;
   bits_.resize((std::size_t{1} << bits) / 64);
+
+  // A region is some eight polygons wide.
+  constexpr std::size_t n_samples = 256;
+  std::uint64_t sides = 0;
+  const std::size_t step = points.size() / n_samples + 1;
+  for (std::size_t i = 1; i < points.size(); i += step) {
+    for (const std::size_t axis : {0, 1}) {
+      sides += static_cast<std::uint64_t>(
+          std::abs(std::int64_t{points[i].coords[axis]} - points[i - 1].coords[axis]));
+    }
+  }
+  region_shift_ = std::bit_width(sides * step / (points.size() + 1)) + 3;
 }
 
 edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
@@ -76,7 +87,7 @@ edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
       keys_(drawn_keys()),
       crowd_size_(crowd_size),
       ranks_(store.paths.size()),
-      extents_(store.points.size(), keys_),
+      known_(store.points, keys_),
       more_shares_(0, share_hash{keys_.last_factor}) {
   edge_bits_ = static_cast<int>(std::bit_width(store.points.size()));
   // Three slots a point make searches short; in a table larger than the caches half as many do.
@@ -128,7 +139,7 @@ void edge_index::add(edge e) { add_staged(stage(e)); }
 void edge_index::add_changed(const std::vector<edge>& edges) {
   staged_.clear();
   for (const edge e : edges) {
-    if (extents_.contains(store_.points[e], store_.points[store_.next(e)])) {
+    if (known_.contains(store_.points[e], store_.points[store_.next(e)])) {
       staged_.push_back(stage(e));
     } else {
       record(e) = {e, record(e).owner, true, false, false};
@@ -151,7 +162,6 @@ void edge_index::add_put_off() {
 
 /// Gets an edge ready to be added: its home slot is being fetched.
 edge_index::staged_edge edge_index::stage(edge e) {
-  extents_.insert(store_.points[e], store_.points[store_.next(e)]);
   const std::uint64_t h = hash(e);
   __builtin_prefetch(&slots_[home(h)]);
   return {e, h};
@@ -174,6 +184,7 @@ void edge_index::add_staged(const staged_edge& staged) {
     }
   }
   record(e) = {e, record(e).owner, true, true, false};
+  known_.insert(store_.points[e], store_.points[store_.next(e)]);
   if (free_slot < slots_.size()) {
     slots_[free_slot] = wanted | e;
     return;

@@ -66,34 +66,44 @@ struct hash_keys {
   std::uint64_t last_factor;
 };
 
-/// Which extents, lengths and slopes, edges have had. It can err: some that none has had count,
-/// too.
-class extent_filter {
+/// Which edges there have been, known by their extents, lengths and slopes, and roughly by their
+/// places: the edges of a mesh are of few kinds in a neighbourhood. It can err: some that have never
+/// been count, too.
+class edge_filter {
  public:
-  extent_filter(std::size_t n_edges, const hash_keys& keys);
+  edge_filter(const large_array<ps_point>& points, const hash_keys& keys);
 
-  /// Takes note of the extent between two points, whichever comes first.
+  /// Takes note of the edge between two points, whichever comes first.
   void insert(const ps_point& a, const ps_point& b) {
     const std::size_t i = place_of(a, b);
     bits_[i / 64] |= std::uint64_t{1} << i % 64;
   }
-  /// False when no edge has had the extent between the two points.
+  /// False when there has been no such edge.
   [[nodiscard]] bool contains(const ps_point& a, const ps_point& b) const {
     const std::size_t i = place_of(a, b);
     return (bits_[i / 64] >> i % 64 & 1) != 0;
   }
 
  private:
-  /// A square, so that the sign and with it the direction has no part in it.
   [[nodiscard]] std::size_t place_of(const ps_point& a, const ps_point& b) const {
-    const wrapping root = difference(b.coords[0], a.coords[0]) * x_key_ +
-                          difference(b.coords[1], a.coords[1]) * y_key_;
-    return static_cast<std::size_t>(root * root >> shift_);
+    const auto part = [&](std::size_t axis, auto combine) {
+      return static_cast<wrapping>(combine(std::int64_t{a.coords[axis]}, b.coords[axis]));
+    };
+    const auto extent = [](std::int64_t from, std::int64_t to) { return to - from; };
+    const auto region = [this](std::int64_t from, std::int64_t to) {
+      return (from + to) >> region_shift_;
+    };
+    const wrapping root =
+        part(0, extent) * keys_.smaller_point + part(1, extent) * keys_.larger_point;
+    const wrapping place =
+        part(0, region) * keys_.larger_point + part(1, region) * keys_.smaller_point;
+    // The square does not know the direction.
+    return static_cast<std::size_t>((root * root + place) * keys_.last_factor >> hash_shift_);
   }
 
-  std::uint64_t x_key_;
-  std::uint64_t y_key_;
-  int shift_;
+  hash_keys keys_;
+  int region_shift_ = 0;
+  int hash_shift_;
   std::vector<std::uint64_t> bits_;
 };
 
@@ -120,7 +130,7 @@ class extent_filter {
 ///    An entry of another rank, or of an empty share, is left from before. A crowd stays one when
 ///    it shrinks.
 /// 4. While one path is worked on its edges change again and again, and most of them lie like none
-///    that there is. What has an extent that no edge of the table has had is put off: a bundle of
+///    that there is. What lies like no edge that the table has had is put off: a bundle of
 ///    its own without a head or a slot, until the path is done. Only edges of the same path could
 ///    miss it meanwhile, and these are no partners.
 class edge_index {
@@ -282,7 +292,7 @@ class edge_index {
   std::vector<rank> ranks_;  // by path
   large_array<slot> slots_;
   std::size_t used_slots_ = 0;
-  extent_filter extents_;            // of all edges that have been in the table
+  edge_filter known_;                // all edges that have been in the table
   std::vector<edge> put_off_;        // also some that have changed again
   std::vector<staged_edge> staged_;  // for the time of a call
   int edge_bits_ = 0;  // an edge is less than 2 to this power less 1, so no slot looks empty
