@@ -71,6 +71,7 @@ struct path_store {
 
   const char* text_end = nullptr;  ///< where the text ends that the points' numbers stand in
 
+  bool lies_by_place = false;   ///< not in the order in which paths are looked at
   bool keeps_boxes = false;     ///< pictures of the merging need them, and nothing else does
   std::vector<path_box> boxes;  ///< by path, if they are kept
 

@@ -100,6 +100,7 @@ ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, t
     group.order = bring_neighbours_together(group.vertices, group.n_vertices);
   }
   store.start_group(group.vertices, n_paths, group.begin.text_end());
+  store.lies_by_place = !group.order.empty();
   point_index first = 0;
   for (path_index i = 0; i < n_paths; ++i) {
     const path_index path = group.order.empty() ? i : group.order[i];

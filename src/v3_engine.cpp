@@ -71,6 +71,7 @@ class engine {
   void report_progress();
   bool take_up(std::int32_t merge_limit);
   void fetch_ahead() const;
+  void fetch_beyond(path_index partner) const;
   void file_current();
   /// The rank of whatever is filed next under so many points.
   [[nodiscard]] rank next_rank(std::uint32_t n_points) const {
@@ -156,7 +157,7 @@ bool engine::take_up(std::int32_t merge_limit) {
     if (!stratum.is_empty() && index_.rank_of(stratum.first()) < unmatched_from_) {
       current_ = stratum.remove_head();
       index_.set_rank(current_, next_rank(n_));
-      fetch_ahead();
+      if (store_.lies_by_place) fetch_ahead();
       return true;
     }
     if (n_ >= strata_.max_points()) return false;
@@ -166,8 +167,8 @@ bool engine::take_up(std::int32_t merge_limit) {
   }
 }
 
-/// Paths are mostly taken up in the order of their numbers. Where that is not the order of place,
-/// what their looks need lies anywhere.
+/// Paths are mostly taken up in the order of their numbers. Where the points lie by place, what
+/// their looks need lies anywhere.
 void engine::fetch_ahead() const {
   constexpr path_index far = 16;
   if (current_ + far >= store_.paths.size()) return;
@@ -179,6 +180,15 @@ void engine::fetch_ahead() const {
   index_.fetch(store_.paths[current_ + far].cursor);
   for_first_edges(current_ + far / 2, [this](edge e) { index_.fetch_alike(e); });
   for_first_edges(current_ + far / 4, [this](edge e) { index_.fetch_neighbour(e); });
+}
+
+/// Fetches what the next look will meet on the other sides of a partner.
+void engine::fetch_beyond(path_index partner) const {
+  const ps_path& p = store_.paths[partner];
+  constexpr std::uint32_t few = 8;
+  if (p.n_points > few) return;
+  for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) index_.fetch_alike(e);
+  for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) index_.fetch_neighbour(e);
 }
 
 void engine::file_current() {
@@ -244,6 +254,7 @@ void engine::merge(const partner& found) {
   cleanup_.note_suspects(current_, b);
   const edge first_of_b = store_.next(other.cursor);
   const edge last_of_b = store_.prev(other.cursor);
+  if (store_.lies_by_place) fetch_beyond(b);
   merge_postscript_paths(store_, current_, b);
   large_.remove(b);
   if (large_.contains(current_)) large_.note_stretch(current_, first_of_b, last_of_b);
