@@ -62,8 +62,7 @@ void lazy_queue::change_top(rank order) {
   push(changed);
 }
 
-edge_filter::edge_filter(const large_array<ps_point>& points, const hash_keys& keys)
-    : keys_(keys) {
+edge_filter::edge_filter(const large_array<ps_point>& points, const hash_keys& keys) : keys_(keys) {
   constexpr int most_bits = 21;  // of a size that is near at hand
   const int bits = std::clamp(static_cast<int>(std::bit_width(points.size())), 6, most_bits);
   hash_shift_ = 64 - bits;

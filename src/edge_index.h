@@ -67,8 +67,8 @@ struct hash_keys {
 };
 
 /// Which edges there have been, known by their extents, lengths and slopes, and roughly by their
-/// places: the edges of a mesh are of few kinds in a neighbourhood. It can err: some that have never
-/// been count, too.
+/// places: the edges of a mesh are of few kinds in a neighbourhood. It can err: some that have
+/// never been count, too.
 class edge_filter {
  public:
   edge_filter(const large_array<ps_point>& points, const hash_keys& keys);
