@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
+#include <map>
+#include <optional>
 #include <vector>
 
 #include "postscript_path.h"
@@ -50,16 +51,16 @@ class strata {
 
   explicit strata(path_store& store) : store_(&store) {}
 
-  /// The largest number of points that there is a stratum for; less than min_points at first.
-  [[nodiscard]] std::uint32_t max_points() const;
-  /// The stratum for paths of `n_points` points, made, with all below it, when it is missing.
+  /// The stratum for paths of `n_points` points. It stays until first_used meets it empty.
   ps_path_queue& of(std::uint32_t n_points);
-  /// All of them, fewest points first.
-  [[nodiscard]] std::span<const ps_path_queue> queues() const { return queues_; }
+  /// The least number of points, not below `n_points`, that a stratum has paths of, if there is
+  /// any.
+  std::optional<std::uint32_t> first_used(std::uint32_t n_points);
 
  private:
   path_store* store_;
-  large_array<ps_path_queue> queues_;
+  std::vector<ps_path_queue> low_;               // of few points: mostly used
+  std::map<std::uint32_t, ps_path_queue> high_;  // of many: an outline can go through millions
 };
 
 /// A number of the input that cannot be a coordinate: the text says which, and its line.

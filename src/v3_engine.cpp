@@ -57,9 +57,10 @@ rank first_rank(std::uint32_t n_points) { return rank{n_points} << 32; }
 
 class engine {
  public:
-  engine(path_store& store, strata& strata, text_writer& console, const engine_sizes& sizes);
+  engine(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
+         const engine_sizes& sizes);
 
-  void process(std::int32_t merge_limit);
+  void process();
 
  private:
   /// The partner that an edge of the current path leads to.
@@ -69,7 +70,10 @@ class engine {
   };
 
   void report_progress();
-  bool take_up(std::int32_t merge_limit);
+  [[nodiscard]] std::optional<std::uint32_t> next_stratum() const;
+  void begin_stratum(std::uint32_t n_points);
+  bool take_up();
+  void move_up();
   void fetch_ahead() const;
   void fetch_beyond(path_index partner) const;
   void file_current();
@@ -92,6 +96,7 @@ class engine {
 
   path_store& store_;
   strata& strata_;
+  std::uint32_t merge_limit_;
   text_writer& console_;
   engine_sizes sizes_;
   edge_index index_;
@@ -106,28 +111,30 @@ class engine {
   std::string progress_line_;
 };
 
-engine::engine(path_store& store, strata& strata, text_writer& console, const engine_sizes& sizes)
+engine::engine(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
+               const engine_sizes& sizes)
     : store_(store),
       strata_(strata),
+      merge_limit_(merge_limit > 0 ? static_cast<std::uint32_t>(merge_limit) : UINT32_MAX),
       console_(console),
       sizes_(sizes),
       index_(store, sizes.crowd),
       cleanup_(store, index_),
       large_(store, index_, sizes.patience) {
-  for (std::uint32_t n = strata::min_points; n <= strata.max_points(); ++n) {
-    for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
-      index_.set_rank(p, take_rank(n));
+  for (auto n = strata.first_used(strata::min_points); n; n = strata.first_used(*n + 1)) {
+    for (path_index p = strata.of(*n).first(); p != no_path; p = store.paths[p].next_path) {
+      index_.set_rank(p, take_rank(*n));
     }
   }
   index_.add_all();
   unmatched_from_ = next_rank(n_);
 }
 
-void engine::process(std::int32_t merge_limit) {
+void engine::process() {
   console_.put("  Processing ").put(nl);
   while (true) {
     report_progress();
-    if (current_ == no_path && !take_up(merge_limit)) return;
+    if (current_ == no_path && !take_up()) return;
     if (const auto found = find_partner()) {
       merge(*found);
     } else {
@@ -148,23 +155,45 @@ void engine::report_progress() {
   }
 }
 
-/// Takes the next path out of its stratum, the stratum after it when that is used up. Paths that
-/// have been filed since the stratum's turn began stay. False when there are no more strata, or
-/// the next one is beyond the merge limit.
-bool engine::take_up(std::int32_t merge_limit) {
-  while (true) {
-    ps_path_queue& stratum = strata_.of(n_);
-    if (!stratum.is_empty() && index_.rank_of(stratum.first()) < unmatched_from_) {
-      current_ = stratum.remove_head();
-      index_.set_rank(current_, next_rank(n_));
-      if (store_.lies_by_place) fetch_ahead();
-      return true;
-    }
-    if (n_ >= strata_.max_points()) return false;
-    ++n_;
-    if (merge_limit > 0 && n_ > static_cast<std::uint32_t>(merge_limit)) return false;
-    unmatched_from_ = next_rank(n_);
+/// The number of points of the next path to be taken up: that of this stratum while there is one
+/// that has not been looked at, else of the next one that has paths. Paths that have been filed
+/// since the stratum's turn began stay.
+std::optional<std::uint32_t> engine::next_stratum() const {
+  const auto next = strata_.first_used(n_);
+  const bool used_up = next == n_ && index_.rank_of(strata_.of(n_).first()) >= unmatched_from_;
+  return used_up ? strata_.first_used(n_ + 1) : next;
+}
+
+void engine::begin_stratum(std::uint32_t n_points) {
+  n_ = n_points;
+  unmatched_from_ = next_rank(n_);
+}
+
+/// False when there are no more paths, or those that are left are beyond the merge limit.
+bool engine::take_up() {
+  const auto next = next_stratum();
+  if (!next) return false;
+  if (*next > n_) {
+    if (*next > merge_limit_) return false;
+    begin_stratum(*next);
   }
+  current_ = strata_.of(n_).remove_head();
+  index_.set_rank(current_, next_rank(n_));
+  if (store_.lies_by_place) fetch_ahead();
+  return true;
+}
+
+/// Files the current path, which has got more points, unless it would be the next to be taken up.
+void engine::move_up() {
+  const std::uint32_t n_points = store_.paths[current_].n_points;
+  const auto next = next_stratum();
+  if ((next && *next <= n_points) || n_points > merge_limit_) {
+    file_current();
+    return;
+  }
+  take_rank(n_points);
+  begin_stratum(n_points);
+  index_.set_rank(current_, next_rank(n_));
 }
 
 /// Paths are mostly taken up in the order of their numbers. Where the points lie by place, what
@@ -268,7 +297,7 @@ void engine::merge(const partner& found) {
   index_changed_edges();
   ++merges_;
   if (is_much_larger && !large_.contains(current_)) large_.add(current_);
-  if (path.n_points > n_) file_current();
+  if (path.n_points > n_) move_up();
 }
 
 /// The first edge of the partner, from its cursor on, that lies like the given one.
@@ -292,7 +321,7 @@ void engine::index_changed_edges() {
 
 void v3_process(path_store& store, strata& strata, std::int32_t merge_limit, text_writer& console,
                 const engine_sizes& sizes) {
-  engine(store, strata, console, sizes).process(merge_limit);
+  engine(store, strata, merge_limit, console, sizes).process();
 }
 
 }  // namespace trellion
