@@ -65,13 +65,16 @@ void path_store::clear() {
   boxes.clear();
 }
 
+void path_store::check_size(std::size_t n_points, std::size_t n_paths) {
+  if (n_points >= no_point) throw run_error("a group has too many points");
+  if (n_paths > edge_record::nobody) throw run_error("a group has too many polygons");
+}
+
 void path_store::start_group(large_array<ps_point>& vertices, std::size_t n_paths,
                              const char* end_of_text) {
   clear();
   points.swap(vertices);
   text_end = end_of_text;
-  if (points.size() >= no_point) throw run_error("a group has too many points");
-  if (n_paths > edge_record::nobody) throw run_error("a group has too many polygons");
   links.resize(points.size());
   paths.resize(n_paths);
   if (keeps_boxes) boxes.resize(n_paths);

@@ -77,8 +77,10 @@ struct path_store {
 
   /// Drops everything and keeps the memory.
   void clear();
-  /// Does that, exchanges `points` for those of a group, and makes links for all of them and so
-  /// many paths, whose contents have no value yet.
+  /// Throws run_error for more points or paths than indices can tell apart.
+  static void check_size(std::size_t n_points, std::size_t n_paths);
+  /// Drops everything, exchanges `points` for those of a group, whose size has been checked, and
+  /// makes links for all of them and so many paths, whose contents have no value yet.
   void start_group(large_array<ps_point>& vertices, std::size_t n_paths, const char* end_of_text);
 
   [[nodiscard]] point_index next(point_index point) const { return links[point].next; }

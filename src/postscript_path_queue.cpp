@@ -101,6 +101,7 @@ ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, t
   if (group.first_fault < group.vertices.size()) {
     throw fault_in(group, group.vertices[group.first_fault]);
   }
+  path_store::check_size(group.vertices.size(), group.n_vertices.size());
   ps_path_queue queue(store);
   const auto n_paths = static_cast<path_index>(group.n_vertices.size());
   group.order.clear();
