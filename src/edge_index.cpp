@@ -103,8 +103,8 @@ void edge_index::add_all() {
   const auto n_edges = static_cast<edge>(store_.links.size());
   for (edge e = 0; e < n_edges; ++e) {
     const path_index owner = record(e).owner;
-    if (owner == edge_record::nobody || store_.next(e) == no_point) continue;
-    record(e) = {e, owner & edge_record::nobody, false, false, false};
+    if (owner == edge_record::no_owner || store_.next(e) == no_point) continue;
+    record(e) = {e, owner & edge_record::no_owner, false, false, false};
     staged_edge& oldest = staged[n_staged % staged.size()];
     if (n_staged >= staged.size()) add_staged(oldest);
     oldest = stage(e);

@@ -152,7 +152,7 @@ class edge_index {
   /// Makes an edge belong to another path.
   void set_owner(edge e, path_index path) {
     if (record(e).crowded) move_to_share_of(path, e);
-    record(e).owner = path & edge_record::nobody;
+    record(e).owner = path & edge_record::no_owner;
   }
 
   /// Indexes an edge, where its two points are now. It must not be indexed.

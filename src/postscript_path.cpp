@@ -38,7 +38,7 @@ wrapping distance(const ps_point& a, const ps_point& b) {
 void link_ring(path_store& store, path_index path, point_index first, std::uint32_t n_points) {
   const point_index last = first + n_points - 1;
   for (point_index i = first; i <= last; ++i) {
-    store.links[i] = {i + 1, i - 1, {i, path & edge_record::nobody, false, false, false}};
+    store.links[i] = {i + 1, i - 1, {i, path & edge_record::no_owner, false, false, false}};
   }
   store.link(last, first);
 }
@@ -67,7 +67,7 @@ void path_store::clear() {
 
 void path_store::check_size(std::size_t n_points, std::size_t n_paths) {
   if (n_points >= no_point) throw run_error("a group has too many points");
-  if (n_paths > edge_record::nobody) throw run_error("a group has too many polygons");
+  if (n_paths > edge_record::no_owner) throw run_error("a group has too many polygons");
 }
 
 void path_store::start_group(large_array<ps_point>& vertices, std::size_t n_paths,
@@ -94,7 +94,7 @@ void restore_ring(path_store& store, path_index path, point_index first, std::ui
   p.n_points = n_points;
   p.cursor = first;
   p.untested = no_point;
-  link_ring(store, edge_record::nobody, first, n_points);
+  link_ring(store, edge_record::no_owner, first, n_points);
 }
 
 path_index copy_path(const path_store& from, path_index path, path_store& to) {

@@ -19,10 +19,10 @@ inline constexpr path_index no_path = UINT32_MAX;
 
 /// What edge_index keeps about the edge that begins at a point.
 struct edge_record {
-  static constexpr path_index nobody = (path_index{1} << 29) - 1;
+  static constexpr path_index no_owner = (path_index{1} << 29) - 1;
 
   point_index next_alike;  ///< lies alike, or is the edge itself; in a crowd its share
-  path_index owner : 29;   ///< nobody when its path is not to be joined
+  path_index owner : 29;   ///< no_owner when its path is not to be joined
   bool indexed : 1;
   bool head : 1;
   bool crowded : 1;
