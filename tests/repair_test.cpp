@@ -3,10 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <sstream>
 
+#include "locality.h"
+#include "postscript_path_queue.h"
 #include "support.h"
+#include "walk.h"
 
 namespace trellion::testing {
 namespace {
@@ -121,6 +125,40 @@ TEST(repair, comes_to_the_same_when_blanks_keep_tokens_apart) {
   }
 }
 
+TEST(repair, names_the_first_fault_of_a_group_however_it_is_read) {
+  const auto complaint = [](const std::string& text) {
+    try {
+      repaired(text);
+    } catch (const coordinate_error& error) {
+      return std::string(error.what());
+    }
+    return std::string("none");
+  };
+  const std::string squares = square + right_neighbour;
+  const std::string triangle = "0 0 m 3 0 l 3 3 l h f\n";
+  const std::vector<std::array<std::string, 2>> texts = {
+      // What ends a run before its polygon is whole is no coordinate.
+      {squares + "99999999 99999999 foo\n", "none"},
+      {squares + "1 1 m . 99999999 l h g\n" + squares, "none"},
+      // Nor is what belongs to no group: a fault is not kept for the next.
+      {"1 -. m 1 2 l h f {}\n" + squares, "none"},
+      {squares + "3 99999999 m 1 1 l h f\n", "'99999999' is too large for a coordinate in line 3"},
+      {squares + "3 4 m 1\n-. l 99999999 0 l h f\n. 0 m 1 1 l h f\n",
+       "'-.' is not a coordinate in line 4"},
+      {squares + triangle + triangle + "-2147484 . m 1 1 l h f\n" + triangle,
+       "'-2147484' is too large for a coordinate in line 5"},
+      {squares + "x\n" + squares + "0 0 m . 0 l 1 1 l h f\n" + triangle + "99999999 0 bar\n",
+       "'.' is not a coordinate in line 6"}};
+  std::mt19937 random(3);
+  for (const auto& [text, expected] : texts) {
+    EXPECT_EQ(complaint(text), expected) << text;
+    EXPECT_EQ(complaint(widened(text, 1, random)), expected) << text;
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_EQ(complaint(widened(text, 12, random)), expected) << text;
+    }
+  }
+}
+
 TEST(repair, leaves_groups_alone_when_asked) {
   run_settings settings;
   settings.left_alone = {{2, 3}};
@@ -185,6 +223,26 @@ TEST(careful_repair, keeps_what_has_no_area) {
                 repaired(square + right_neighbour).text.substr(1));
   EXPECT_EQ(result.summary.without_area, 3);
   EXPECT_EQ(result.summary.polygons_left, 4);
+}
+
+TEST(careful_repair, keeps_the_order_of_what_has_no_area_when_points_are_laid_by_place) {
+  std::vector<polygon> polygons = random_mesh(1, 200, 170);
+  for (int i = 0; i < 100; ++i) polygons.push_back({{10 * i, 7 * i}, {i, 1700 - i}});
+  std::ranges::shuffle(polygons, std::mt19937(8));
+  std::string lines;
+  for (const polygon& p : polygons) {
+    if (p.size() > 2) continue;
+    const auto at = [&](std::size_t i) {
+      return std::to_string(p[i][0]) + ' ' + std::to_string(p[i][1]);
+    };
+    lines.append(at(0)).append(" m\n").append(at(1)).append(" l \nh f\n");
+  }
+  const std::string text = to_postscript(polygons);
+  captured_text ignored;
+  walk(token_list(text), mlhf(), ignored, [](const polygon_group& group) {
+    ASSERT_TRUE(are_scattered(group.vertices, group.n_vertices));
+  });
+  EXPECT_TRUE(repaired(text, careful()).text == ' ' + lines + repaired(text).text.substr(1));
 }
 
 /// The polygons of a text drawn with the operators of mlhf().

@@ -112,8 +112,23 @@ TEST(tokens, are_the_same_for_a_cursor) {
     token_list list(text);
     while (!list.empty()) {
       token_cursor cursor(list);
-      while (cursor.next()) {
-        const token_list at = cursor.list_from(cursor.here());
+      token_list at;
+      // One token on, or past others to the next number.
+      const auto step = [&] {
+        token_cursor last = cursor;
+        const bool to_number = random() % 4 == 0;
+        const bool found = to_number ? cursor.next_number() : cursor.next();
+        at = cursor.list_from(cursor.here());
+        if (!to_number) return found;
+        for (; at.n_bytes() < list.n_bytes(); ++n_tokens) {
+          EXPECT_FALSE(list.take_head().is_number()) << text;
+        }
+        EXPECT_TRUE(!at.same_head(list) || cursor.is_number() == found) << text;
+        while (!found && last.next()) continue;
+        EXPECT_TRUE(found || cursor.text() == last.text()) << text;
+        return found;
+      };
+      while (step()) {
         ASSERT_TRUE(at.same_head(list)) << text;
         ASSERT_EQ(at.line_number(), list.line_number()) << text;
         const token t = list.take_head();
