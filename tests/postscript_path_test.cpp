@@ -90,9 +90,9 @@ TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
   EXPECT_EQ(written(store, one), "00.10 -.5 m\nh f\n");
   const path_index six = path_of("1 1 2 2 3 3 4 4 5 5 123456.789 0", store);
   EXPECT_EQ(written(store, six), "123456.7 0 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\nh f\n");
-  const path_index seven = path_of("1 1 2 2 3 3 4 4 5 5 6 6 7 7", store);
-  EXPECT_EQ(written(store, seven), "7 7 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\n6 6 l \nh f\n");
-  EXPECT_EQ(written(store, seven), "6 6 m\n7 7 l 1 1 l 2 2 l 3 3 l 4 4 l\n5 5 l \nh f\n")
+  const path_index seven = path_of("1 1\n2\n2 123456.789 3 4  4 5 5 6 6 7 7", store);
+  EXPECT_EQ(written(store, seven), "7 7 m\n1 1 l 2 2 l 123456.7 3 l 4 4 l 5 5 l\n6 6 l \nh f\n");
+  EXPECT_EQ(written(store, seven), "6 6 m\n7 7 l 1 1 l 2 2 l 123456.7 3 l 4 4 l\n5 5 l \nh f\n")
       << "the cursor has moved back by one";
 }
 
