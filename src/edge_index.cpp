@@ -78,7 +78,7 @@ edge_filter::edge_filter(const large_array<ps_point>& points, const hash_keys& k
           std::abs(std::int64_t{points[i].coords[axis]} - points[i - 1].coords[axis]));
     }
   }
-  region_shift_ = std::bit_width(sides * step / (points.size() + 1)) + 3;
+  region_shift_ = static_cast<int>(std::bit_width(sides * step / (points.size() + 1))) + 3;
 }
 
 edge_index::edge_index(path_store& store, std::uint32_t crowd_size)

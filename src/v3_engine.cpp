@@ -75,7 +75,7 @@ class engine {
   bool take_up();
   void move_up();
   void fetch_ahead() const;
-  void fetch_beyond(path_index partner) const;
+  void fetch_beyond(path_index path) const;
   void file_current();
   /// The rank of whatever is filed next under so many points.
   [[nodiscard]] rank next_rank(std::uint32_t n_points) const {
@@ -212,8 +212,8 @@ void engine::fetch_ahead() const {
 }
 
 /// Fetches what the next look will meet on the other sides of a partner.
-void engine::fetch_beyond(path_index partner) const {
-  const ps_path& p = store_.paths[partner];
+void engine::fetch_beyond(path_index path) const {
+  const ps_path& p = store_.paths[path];
   constexpr std::uint32_t few = 8;
   if (p.n_points > few) return;
   for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) index_.fetch_alike(e);
