@@ -182,7 +182,7 @@ ranked large_paths::first_lone_neighbour(large_path& large, path_index path) {
 }
 
 edge large_paths::first_shared_edge(path_index path, path_index partner) {
-  std::vector<edge> shared;
+  shared_.clear();
   std::vector<crowd_id> crowds;
   const ps_path& p = store_.paths[partner];
   edge e = p.cursor;
@@ -192,7 +192,7 @@ edge large_paths::first_shared_edge(path_index path, path_index partner) {
       continue;
     }
     index_.for_each_alike(e, [&](edge alike) {
-      if (index_.owner(alike) == path) shared.push_back(alike);
+      if (index_.owner(alike) == path) shared_.push_back(alike);
     });
   }
   catch_up();  // the look may have made crowds
@@ -204,39 +204,34 @@ edge large_paths::first_shared_edge(path_index path, path_index partner) {
     if (own == large.crowds.end() || own->second.edges.empty()) continue;
     const auto& edges = own->second.edges;
     const auto from_cursor = edges.lower_bound(store_.paths[path].cursor);
-    shared.push_back(from_cursor == edges.end() ? *edges.begin() : *from_cursor);
+    shared_.push_back(from_cursor == edges.end() ? *edges.begin() : *from_cursor);
   }
-  return first_from_cursor(path, std::move(shared));
+  return first_from_cursor(path);
 }
 
-/// Which of some edges of a large path comes first from its cursor on. Walks back from all of them
-/// in step: whoever meets another edge is not the first, whoever meets the cursor is. That is quick
-/// where they lie side by side, as in a notch, but for a rung between two jaws takes half the ring:
-/// when it takes long the ring's order decides, from then on kept in labels.
-edge large_paths::first_from_cursor(path_index path, std::vector<edge> edges) {
-  struct runner {
-    edge from;
-    point_index at;
-  };
-  std::ranges::sort(edges);
-  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+/// Which of the shared edges of a large path comes first from its cursor on. Walks back from all of
+/// them in step: whoever meets another edge is not the first, whoever meets the cursor is. That is
+/// quick where they lie side by side, as in a notch, but for a rung between two jaws takes half the
+/// ring: when it takes long the ring's order decides, from then on kept in labels.
+edge large_paths::first_from_cursor(path_index path) {
+  std::ranges::sort(shared_);
+  shared_.erase(std::unique(shared_.begin(), shared_.end()), shared_.end());
   const point_index start = store_.paths[path].cursor;
-  std::vector<runner> runners;
-  runners.reserve(edges.size());
-  for (const edge e : edges) runners.push_back({e, e});
-  for (std::uint32_t steps = 0; steps < patience_ && runners.size() > 1; ++steps) {
-    for (const runner& r : runners) {
+  runners_.clear();
+  for (const edge e : shared_) runners_.push_back({e, e});
+  for (std::uint32_t steps = 0; steps < patience_ && runners_.size() > 1; ++steps) {
+    for (const runner& r : runners_) {
       if (r.at == start) return r.from;
     }
-    std::erase_if(runners, [&](runner& r) {
+    std::erase_if(runners_, [&](runner& r) {
       r.at = store_.prev(r.at);
-      return std::ranges::binary_search(edges, r.at);
+      return std::ranges::binary_search(shared_, r.at);
     });
   }
-  if (runners.size() == 1) return runners.front().from;
+  if (runners_.size() == 1) return runners_.front().from;
 
   label(of(path), path);
-  return std::ranges::min(runners, {},
+  return std::ranges::min(runners_, {},
                           [&](const runner& r) { return order_.distance(start, r.from); })
       .from;
 }

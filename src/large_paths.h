@@ -55,6 +55,12 @@ class large_paths {
   edge first_shared_edge(path_index path, path_index partner);
 
  private:
+  /// Walks back from an edge.
+  struct runner {
+    edge from;
+    point_index at;
+  };
+
   struct own_crowd {
     std::set<edge, ring_order::by_label> edges;  // the path's own
     rank bound = 0;
@@ -73,7 +79,7 @@ class large_paths {
   void enter_crowd(path_index path, edge e);
   void label(large_path& large, path_index path);
   ranked first_lone_neighbour(large_path& large, path_index path);
-  edge first_from_cursor(path_index path, std::vector<edge> edges);
+  edge first_from_cursor(path_index path);
 
   const path_store& store_;
   edge_index& index_;
@@ -82,7 +88,9 @@ class large_paths {
   std::unordered_map<path_index, large_path> large_;
   path_index last_ = no_path;  // that `of` was called with
   large_path* last_large_ = nullptr;
-  std::vector<bool> is_large_;                     // by path: whether large_ has it
+  std::vector<bool> is_large_;  // by path: whether large_ has it
+  std::vector<edge> shared_;    // for the time of a search, as the runners
+  std::vector<runner> runners_;
   std::vector<std::vector<path_index>> watchers_;  // by crowd; some are large paths no longer
 };
 

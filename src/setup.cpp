@@ -82,8 +82,10 @@ bool run_pattern::read_first_polygon() {
   if (!tokens_.last().is_string() || !last_differs_from(set.moveto_token)) return false;
   set.lineto_token = tokens_.last();
 
-  while (tokens_.next_is_number()) {
+  constexpr int few = 16;
+  for (int n_vertices = 0; tokens_.next_is_number(); ++n_vertices) {
     if (!tokens_.next_is_number() || !tokens_.next_is(set.lineto_token)) return false;
+    if (n_vertices == few) pass_vertices(tokens_, operator_text(set.lineto_token.text));
   }
   set.end_polygon_token = tokens_.last();
   return !tokens_.at_end() && tokens_.last().is_string() && last_differs_from(set.moveto_token) &&

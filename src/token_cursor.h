@@ -123,6 +123,18 @@ inline void pass_numbers(token_matcher& tokens) {
   if (count > 0) tokens.pass_to(cursor.list_from(last), count);
 }
 
+/// Reads the vertices that follow, each two numbers and the operator, or some of them.
+inline void pass_vertices(token_matcher& tokens, const operator_text& op) {
+  token_cursor cursor(tokens.rest());
+  token_cursor::place last = cursor.here();
+  std::int64_t count = 0;
+  while (cursor.next_is_number() && cursor.next_is_number() && cursor.next_is(op)) {
+    last = cursor.here();
+    count += 3;
+  }
+  if (count > 0) tokens.pass_to(cursor.list_from(last), count);
+}
+
 /// The operators of plain polygons: their texts never change.
 struct plain_operators {
   operator_text moveto;
