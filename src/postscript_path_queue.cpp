@@ -113,6 +113,11 @@ ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, t
   point_index first = 0;
   for (path_index i = 0; i < n_paths; ++i) {
     const path_index path = group.order.empty() ? i : group.order[i];
+    constexpr path_index ahead = 16;
+    if (i + ahead < group.order.size()) {
+      __builtin_prefetch(&store.paths[group.order[i + ahead]]);
+      __builtin_prefetch(&group.n_vertices[group.order[i + ahead]]);
+    }
     tokens_to_ps_path(store, path, first, group.n_vertices[path]);
     remove_superfluous_points_v2(store, path);
     first += group.n_vertices[path];
