@@ -279,6 +279,10 @@ void edge_index::fetch_neighbour(edge e) const {
   __builtin_prefetch(&store_.paths[owner(alike)]);
 }
 
+void edge_index::fetch_slot(edge e) const {
+  if (record(e).head && record(e).next_alike != e) __builtin_prefetch(&slots_[home(hash(e))]);
+}
+
 ranked edge_index::first_neighbour_in_bundle(edge e) {
   const path_index own = owner(e);
   if (gather_crowd(e)) return first_in_crowd(crowd_of(e), own);

@@ -149,6 +149,8 @@ class edge_index {
   void fetch(edge e) const;
   void fetch_alike(edge e) const;
   void fetch_neighbour(edge e) const;
+  /// Fetches what the removal of an edge needs that others lie like.
+  void fetch_slot(edge e) const;
   /// Makes an edge belong to another path.
   void set_owner(edge e, path_index path) {
     if (record(e).crowded) move_to_share_of(path, e);

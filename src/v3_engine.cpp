@@ -217,7 +217,10 @@ void engine::fetch_beyond(path_index path) const {
   constexpr std::uint32_t few = 8;
   if (p.n_points > few) return;
   for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) index_.fetch_alike(e);
-  for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) index_.fetch_neighbour(e);
+  for (edge e = store_.next(p.cursor); e != p.cursor; e = store_.next(e)) {
+    index_.fetch_neighbour(e);
+    index_.fetch_slot(e);
+  }
 }
 
 void engine::file_current() {
