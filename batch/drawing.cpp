@@ -111,10 +111,16 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
 
 pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, double dpi,
                                   antialiasing smooth) const {
-  return read_png(output_of({*tools_.pdftocairo, "-png", "-singlefile", "-f",
-                             std::to_string(number), "-r", option("", dpi), "-antialias",
-                             smooth == antialiasing::on ? "default" : "none", named(pdf), "-"}),
-                  max_pixels);
+  // To pack a drawing would take most of the time.
+  const fs::path root = directory_ / "drawn";
+  run({*tools_.pdftocairo, "-tiff", "-tiffcompression", "none", "-singlefile", "-f",
+       std::to_string(number), "-r", option("", dpi), "-antialias",
+       smooth == antialiasing::on ? "default" : "none", named(pdf), named(root)},
+      2 * max_drawing, ignore_output);
+  const fs::path drawing = root.string() + ".tif";
+  pixmap picture = read_tiff(drawing, max_pixels);
+  fs::remove(drawing);
+  return picture;
 }
 
 void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,

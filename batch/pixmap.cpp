@@ -1,16 +1,21 @@
 #include "batch/pixmap.h"
 
-#include <png.h>
+#include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <iterator>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <new>
 #include <string>
 
 namespace trellion::batch {
 namespace {
 
 constexpr std::size_t max_extent = std::size_t{1} << 20;
+constexpr const char* cut_short = "the picture is cut short";
 
 void check_size(std::size_t width, std::size_t height, std::size_t max_pixels) {
   if (width == 0 || height == 0) throw run_error("the picture has no pixels");
@@ -61,18 +66,65 @@ class ppm_head {
   std::size_t n_read_ = 0;
 };
 
-/// What libpng holds on to while it reads.
-struct png_reader {
-  png_reader() { image.version = PNG_IMAGE_VERSION; }
-  ~png_reader() { png_image_free(&image); }
-  png_reader(const png_reader&) = delete;
-  png_reader& operator=(const png_reader&) = delete;
+/// A file that libtiff reads. What is wrong with it is kept rather than told on the console.
+class tiff_file {
+ public:
+  explicit tiff_file(const std::filesystem::path& path) {
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
+        TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
+    if (!options) throw std::bad_alloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep_error, &error_);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), drop_warning, nullptr);
+    file_.reset(TIFFOpenExt(path.c_str(), "r", options.get()));
+    if (!file_) throw failure();
+  }
+  tiff_file(const tiff_file&) = delete;
+  tiff_file& operator=(const tiff_file&) = delete;
 
-  [[nodiscard]] run_error failure() const {
-    return run_error(std::string("no whole picture: ") + std::data(image.message));
+  /// The number of a field, or what stands for it where it is not there.
+  template <class Number>
+  [[nodiscard]] Number field(std::uint32_t tag) const {
+    Number value = 0;
+    TIFFGetFieldDefaulted(file_.get(), tag, &value);
+    return value;
+  }
+  /// Whether the pixels come row by row, in three bytes each.
+  [[nodiscard]] bool is_plain() const {
+    return TIFFIsTiled(file_.get()) == 0 &&
+           field<std::uint16_t>(TIFFTAG_PHOTOMETRIC) == PHOTOMETRIC_RGB &&
+           field<std::uint16_t>(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_CONTIG &&
+           field<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL) == 3 &&
+           field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE) == 8;
+  }
+  /// Appends what the pixels of a strip are; `strip` is where they pass through.
+  void append_strip(std::uint32_t number, std::vector<std::uint8_t>& strip,
+                    std::vector<std::uint8_t>& rgb) {
+    const tmsize_t n_bytes = TIFFReadEncodedStrip(file_.get(), number, strip.data(),
+                                                  static_cast<tmsize_t>(strip.size()));
+    if (n_bytes < 0) throw failure();
+    rgb.insert(rgb.end(), strip.begin(), strip.begin() + n_bytes);
+  }
+  [[nodiscard]] std::uint32_t n_strips() const { return TIFFNumberOfStrips(file_.get()); }
+  [[nodiscard]] std::size_t strip_size() const {
+    return static_cast<std::size_t>(TIFFStripSize(file_.get()));
   }
 
-  png_image image{};
+ private:
+  static int keep_error(TIFF* /*file*/, void* kept, const char* /*part*/, const char* format,
+                        std::va_list values) {
+    std::array<char, 256> text{};
+    std::vsnprintf(text.data(), text.size(), format, values);
+    *static_cast<std::string*>(kept) = text.data();
+    return 1;
+  }
+  static int drop_warning(TIFF* /*file*/, void* /*kept*/, const char* /*part*/,
+                          const char* /*format*/, std::va_list /*values*/) {
+    return 1;
+  }
+  [[nodiscard]] run_error failure() const { return run_error("no whole picture: " + error_); }
+
+  std::string error_;
+  std::unique_ptr<TIFF, decltype(&TIFFClose)> file_{nullptr, TIFFClose};
 };
 
 }  // namespace
@@ -90,7 +142,7 @@ pixmap read_ppm(std::string_view bytes, std::size_t max_pixels) {
   const std::size_t size = 3 * result.width * result.height;
   const std::size_t start = head.n_read() + 1;  // a single blank ends the head
   if (bytes.size() < start || bytes.size() - start < size) {
-    throw run_error("the picture is cut short");
+    throw run_error(cut_short);
   }
   const std::string_view rest = bytes.substr(start + size);
   if (rest.starts_with(magic)) throw second_page("more than one page");
@@ -100,19 +152,19 @@ pixmap read_ppm(std::string_view bytes, std::size_t max_pixels) {
   return result;
 }
 
-pixmap read_png(std::string_view bytes, std::size_t max_pixels) {
-  png_reader reader;
-  if (png_image_begin_read_from_memory(&reader.image, bytes.data(), bytes.size()) == 0) {
-    throw reader.failure();
-  }
-  check_size(reader.image.width, reader.image.height, max_pixels);
-  reader.image.format = PNG_FORMAT_RGB;
-  pixmap result{reader.image.width, reader.image.height, {}};
-  result.rgb.resize(3 * result.width * result.height);
-  const png_color white{255, 255, 255};
-  if (png_image_finish_read(&reader.image, &white, result.rgb.data(), 0, nullptr) == 0) {
-    throw reader.failure();
-  }
+pixmap read_tiff(const std::filesystem::path& path, std::size_t max_pixels) {
+  tiff_file file(path);
+  pixmap result;
+  result.width = file.field<std::uint32_t>(TIFFTAG_IMAGEWIDTH);
+  result.height = file.field<std::uint32_t>(TIFFTAG_IMAGELENGTH);
+  check_size(result.width, result.height, max_pixels);
+  if (!file.is_plain()) throw run_error("no TIFF file of three bytes a pixel");
+
+  const std::size_t size = 3 * result.width * result.height;
+  std::vector<std::uint8_t> strip(std::min(file.strip_size(), size));
+  result.rgb.reserve(size);
+  for (std::uint32_t n = 0; n < file.n_strips(); ++n) file.append_strip(n, strip, result.rgb);
+  if (result.rgb.size() != size) throw run_error(cut_short);
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -29,7 +30,7 @@ class second_page : public run_error {
 /// more than `max_pixels`; memory is taken only for what is there.
 pixmap read_ppm(std::string_view bytes, std::size_t max_pixels);
 
-/// Reads a PNG file, on white where it is transparent. Throws run_error as above.
-pixmap read_png(std::string_view bytes, std::size_t max_pixels);
+/// Reads a TIFF file whose pixels have three bytes. Throws run_error as above.
+pixmap read_tiff(const std::filesystem::path& path, std::size_t max_pixels);
 
 }  // namespace trellion::batch

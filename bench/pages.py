@@ -16,7 +16,7 @@ def draw_pages(words, prefix):
 
 
 def cairo_pages(pdf, dpi, prefix, *options):
-    return draw_pages(["pdftocairo", "-png", "-r", str(dpi), *options, pdf, prefix], prefix)
+    return draw_pages(["pdftocairo", "-tiff", "-r", str(dpi), *options, pdf, prefix], prefix)
 
 
 def ghostscript_pages(file, prefix, *options):

@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 /// What a program that draws a page may use.
 constexpr batch::child_limits drawing_limits{std::chrono::minutes(5), std::uint64_t{4} << 30,
-                                             std::uint64_t{256} << 20};
+                                             std::uint64_t{512} << 20};
 
 std::string reason_of(const std::exception& error) {
   const auto* of_system = dynamic_cast<const std::system_error*>(&error);

@@ -20,7 +20,6 @@ namespace fs = std::filesystem;
 
 /// A page of A0 at the usual resolution is less than half as large again.
 constexpr std::size_t max_pixels = 100'000'000;
-constexpr std::size_t max_drawing = 4 * max_pixels;
 
 double resolution_for(const page_size& size) {
   constexpr double usual = 288;
@@ -59,19 +58,20 @@ batch::pixmap page_drawing::draw(const fs::path& document, std::size_t page, dou
   std::array<char, 32> resolution{};
   std::snprintf(resolution.data(), resolution.size(), "%.6g", dpi);
   const std::string number = std::to_string(page);
-  std::string bytes;
+  const fs::path root = directory_ / "drawn";
+  // To pack a drawing would take most of the time.
   const batch::child_result result =
-      runner_.run({pdftocairo_, "-png", "-singlefile", "-f", number, "-l", number, "-r",
-                   resolution.data(), "-antialias", "none", fs::absolute(document).string(), "-"},
-                  directory_, [&bytes](std::string_view more) {
-                    if (bytes.size() + more.size() > max_drawing) return false;
-                    bytes += more;
-                    return true;
-                  });
+      runner_.run({pdftocairo_, "-tiff", "-tiffcompression", "none", "-singlefile", "-f", number,
+                   "-l", number, "-r", resolution.data(), "-antialias", "none",
+                   fs::absolute(document).string(), root.string()},
+                  directory_, [](std::string_view /*output*/) { return true; });
   const std::string which = "page " + number + " cannot be drawn: ";
   if (!result.succeeded()) throw run_error(which + result.reason());
   try {
-    return batch::read_png(bytes, max_pixels);
+    const fs::path drawing = root.string() + ".tif";
+    batch::pixmap picture = batch::read_tiff(drawing, max_pixels);
+    fs::remove(drawing);
+    return picture;
   } catch (const run_error& error) {
     throw run_error(which + error.what());
   }

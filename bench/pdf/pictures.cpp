@@ -1,7 +1,7 @@
 // pictures hairlines SMOOTH SHARP: prints how many pixels of a drawing with anti-aliasing are
 // hairlines, judged as trellion-batch does by the same page without.
 // pictures surrounded A B: prints how many pixels differ together with all eight around them.
-// The drawings are PNG or raw PPM.
+// The drawings are TIFF or raw PPM.
 
 #include <algorithm>
 #include <cstdint>
@@ -28,7 +28,7 @@ pixmap read(const char* name) {
   if (!file) throw run_error(std::string("cannot open ") + name);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   return bytes.starts_with("P6") ? trellion::batch::read_ppm(bytes, max_pixels)
-                                 : trellion::batch::read_png(bytes, max_pixels);
+                                 : trellion::batch::read_tiff(name, max_pixels);
 }
 
 /// Of every pixel whether it differs. Throws run_error when the sizes do.

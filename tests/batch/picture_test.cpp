@@ -1,9 +1,13 @@
 #include "batch/picture.h"
 
 #include <gtest/gtest.h>
-#include <png.h>
+#include <tiffio.h>
+
+#include <memory>
+#include <type_traits>
 
 #include "letters.h"
+#include "support.h"
 
 namespace trellion::testing {
 namespace {
@@ -11,23 +15,27 @@ namespace {
 using batch::compare;
 using batch::pixel_box;
 using batch::pixmap;
-using batch::read_png;
 using batch::read_ppm;
+using batch::read_tiff;
 
 const pixmap six_pixels = drawing({"rgb", "k.y"});
 
-std::string png_of(const pixmap& picture) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(picture.width);
-  image.height = static_cast<png_uint_32>(picture.height);
-  image.format = PNG_FORMAT_RGB;
-  std::string file(10'000, '\0');
-  png_alloc_size_t size = file.size();
-  EXPECT_NE(
-      png_image_write_to_memory(&image, file.data(), &size, 0, picture.rgb.data(), 0, nullptr), 0);
-  file.resize(size);
-  return file;
+/// A TIFF file with a strip for every row. A picture of another kind has one byte a pixel.
+void write_tiff(const pixmap& picture, const std::filesystem::path& path, bool is_rgb = true,
+                std::uint16_t packing = COMPRESSION_NONE) {
+  const std::unique_ptr<TIFF, decltype(&TIFFClose)> file(TIFFOpen(path.c_str(), "w"), TIFFClose);
+  ASSERT_TRUE(file);
+  TIFFSetField(file.get(), TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.width));
+  TIFFSetField(file.get(), TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.height));
+  TIFFSetField(file.get(), TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(file.get(), TIFFTAG_SAMPLESPERPIXEL, is_rgb ? 3 : 1);
+  TIFFSetField(file.get(), TIFFTAG_PHOTOMETRIC, is_rgb ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+  TIFFSetField(file.get(), TIFFTAG_COMPRESSION, packing);
+  TIFFSetField(file.get(), TIFFTAG_ROWSPERSTRIP, 1);
+  for (std::uint32_t y = 0; y < picture.height; ++y) {
+    std::vector<std::uint8_t> row(picture.row(y), picture.row(y) + 3 * picture.width);
+    EXPECT_EQ(TIFFWriteScanline(file.get(), row.data(), y), 1);
+  }
 }
 
 TEST(picture, that_lost_a_line_is_wrong) {
@@ -115,7 +123,8 @@ TEST(picture, is_compared_within_the_tolerance_and_up_to_its_borders) {
 }
 
 /// Expects a reader to make the picture of a file of six pixels, and to refuse it as too large.
-void expect_read(pixmap (*read)(std::string_view, std::size_t), const std::string& file) {
+template <class File>
+void expect_read(pixmap (*read)(File, std::size_t), const std::type_identity_t<File>& file) {
   const pixmap picture = read(file, 6);
   EXPECT_EQ(picture.width, 3);
   EXPECT_EQ(picture.height, 2);
@@ -144,11 +153,26 @@ TEST(picture, is_read_from_a_pixmap) {
   }
 }
 
-TEST(picture, is_read_from_png) {
-  const std::string file = png_of(six_pixels);
-  expect_read(read_png, file);
-  EXPECT_THROW(read_png(file.substr(0, file.size() / 2), 6), run_error);
-  EXPECT_THROW(read_png("", 6), run_error);
+TEST(picture, is_read_from_tiff) {
+  const scratch_directory directory;
+  const std::filesystem::path path = directory.path() / "a.tif";
+  constexpr std::uint16_t packings[] = {COMPRESSION_NONE, COMPRESSION_PACKBITS};
+  for (const std::uint16_t packing : packings) {
+    write_tiff(six_pixels, path, true, packing);
+    expect_read(read_tiff, path);
+  }
+  write_tiff(six_pixels, path, false);
+  EXPECT_THROW(read_tiff(path, 6), run_error);
+  EXPECT_THROW(read_tiff(directory.path() / "b.tif", 6), run_error);
+  // Cut anywhere, without a word on the console.
+  write_tiff(six_pixels, path);
+  const std::string file = directory.read("a.tif");
+  ::testing::internal::CaptureStderr();
+  for (std::size_t size = 0; size < file.size(); ++size) {
+    directory.write("a.tif", std::string_view(file).substr(0, size));
+    EXPECT_THROW(read_tiff(path, 6), run_error) << size;
+  }
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace
