@@ -40,7 +40,49 @@ constexpr const char* centre_sampled =
 /// A drawing and its head. What writes more draws page after page, or nonsense.
 constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
 
+int bits_of(antialiasing smooth) { return smooth == antialiasing::on ? 4 : 1; }
+
+/// The options of drawings, whatever their style.
+void add_device(std::vector<std::string>& command) {
+  command.insert(command.end(), {"-sDEVICE=ppmraw", "-dMaxBitmap=200000000", "-sOutputFile=-"});
+}
+
+/// PostScript that draws a file in styles, each time as when Ghostscript has just started with that
+/// style. What a file leaves behind, in global memory, too, the outermost restore takes back, and
+/// the sequence of random numbers begins anew. All that is bound before the file is run, and a file
+/// has no name for what is kept for it.
+std::string program_for(const std::string& file, const std::vector<drawing_style>& styles) {
+  std::string program = "/trellion-kept 1 array def /trellion-random rrand def { ";
+  for (const auto& [dpi, smooth] : styles) {
+    std::array<char, 160> set_up{};
+    // As Ghostscript starts: lines move to the pixels where those are large.
+    std::snprintf(set_up.data(), set_up.size(),
+                  "<< /HWResolution [%.6g %.6g] /TextAlphaBits %d /GraphicsAlphaBits %d >> "
+                  "setpagedevice %s setstrokeadjust initgraphics ",
+                  dpi, dpi, bits_of(smooth), bits_of(smooth), dpi < 150 ? "true" : "false");
+    program += "//trellion-kept 0 save put //trellion-random srand ";
+    program += set_up.data();
+    program += '(' + file + ") run clear cleardictstack //trellion-kept 0 get restore\n";
+  }
+  program += "} bind exec";
+  return program;
+}
+
 bool ignore_output(std::string_view /*bytes*/) { return true; }
+
+/// Says why a program did not succeed.
+[[noreturn]] void throw_failure(const std::vector<std::string>& command,
+                                const child_result& ended) {
+  switch (ended.how) {
+    case child_result::ending::interrupted: throw dead_end{verdict::interrupted, {}};
+    case child_result::ending::stopped:
+      throw dead_end{verdict::withheld, "it draws more than one page"};
+    default: break;
+  }
+  const std::string name = fs::path(command.front()).filename();
+  const std::string reason = ended.reason();
+  throw dead_end{verdict::failed, reason.starts_with(name) ? reason : name + ": " + reason};
+}
 
 /// PDF may be packed less well, and PostScript spells images out.
 std::uint64_t file_limit_of(const fs::path& source) {
@@ -89,24 +131,55 @@ page_frame frame_around(const page_part& part, const page_frame& page, const res
 
 pixmap drawing_programs::draw(const fs::path& file, const page_view& page, double dpi,
                               antialiasing smooth) const {
-  const std::string bits = smooth == antialiasing::on ? "4" : "1";
+  const std::string bits = std::to_string(bits_of(smooth));
   std::vector<std::string> command = page.is_pdf() ? ghostscript() : ghostscript(page.frame);
   if (page.is_pdf()) {
     const std::string number = std::to_string(page.number);
     command.insert(command.end(), {"-dFirstPage=" + number, "-dLastPage=" + number});
   }
+  add_device(command);
   command.insert(command.end(),
-                 {"-sDEVICE=ppmraw", option("-r", dpi), "-dTextAlphaBits=" + bits,
-                  "-dGraphicsAlphaBits=" + bits, "-dMaxBitmap=200000000", "-sOutputFile=-"});
+                 {option("-r", dpi), "-dTextAlphaBits=" + bits, "-dGraphicsAlphaBits=" + bits});
   if (page.is_pdf()) command.insert(command.end(), {"-c", centre_sampled, "-f"});
   command.push_back(named(file));
   try {
-    return read_ppm(output_of(command), max_pixels);
+    ppm_reader reader(1, max_pixels);
+    const child_result ended = run_into(reader, 1, command);
+    if (!ended.succeeded()) throw_failure(command, ended);
+    return std::move(reader.pages().front());
   } catch (const second_page&) {
     throw dead_end{verdict::withheld, "it draws more than one page"};
   } catch (const run_error& error) {
     throw dead_end{verdict::withheld, std::string("it draws no picture: ") + error.what()};
   }
+}
+
+std::optional<std::vector<pixmap>> drawing_programs::draw_together(
+    const fs::path& eps, const page_frame& frame, const std::vector<drawing_style>& styles) const {
+  std::vector<std::string> command = ghostscript(frame);
+  add_device(command);
+  const std::string file = named(eps);
+  // A save is the outermost where none is made at the start.
+  command.insert(command.end(),
+                 {"-dNOOUTERSAVE", "--permit-file-read=" + file, "-c", program_for(file, styles)});
+  ppm_reader reader(styles.size(), max_pixels);
+  const child_result ended = run_into(reader, styles.size(), command);
+  using ending = child_result::ending;
+  // Without even a page, a drawing alone takes too long as well.
+  const bool hangs = ended.how == ending::timed_out && !reader.has_page();
+  if (hangs || ended.how == ending::interrupted) throw_failure(command, ended);
+  if (!ended.succeeded()) return std::nullopt;
+  try {
+    std::vector<pixmap> pictures = reader.pages();
+    const auto fits = [&frame](const pixmap& picture, const drawing_style& style) {
+      const double width = static_cast<double>(frame.width) * style.dpi / points_per_inch;
+      return std::abs(static_cast<double>(picture.width) - width) <= 1;
+    };
+    if (std::ranges::equal(pictures, styles, fits)) return pictures;
+  } catch (const run_error&) {
+    // It may quit, or draw no page, or several.
+  }
+  return std::nullopt;
 }
 
 pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, double dpi,
@@ -116,7 +189,7 @@ pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, doub
   run({*tools_.pdftocairo, "-tiff", "-tiffcompression", "none", "-singlefile", "-f",
        std::to_string(number), "-r", option("", dpi), "-antialias",
        smooth == antialiasing::on ? "default" : "none", named(pdf), named(root)},
-      2 * max_drawing, ignore_output);
+      2 * max_drawing);
   const fs::path drawing = root.string() + ".tif";
   pixmap picture = read_tiff(drawing, max_pixels);
   fs::remove(drawing);
@@ -133,25 +206,24 @@ void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, cons
                                  "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + named(pdf)});
   command.insert(command.end(), more_options.begin(), more_options.end());
   command.push_back(named(eps));
-  run(command, file_limit_of(eps), ignore_output);
+  run(command, file_limit_of(eps));
 }
 
 void drawing_programs::move(const fs::path& pdf, const shift& by, const fs::path& moved) const {
   std::vector<std::string> command = worker_arguments({named(pdf), named(moved), by});
   command.insert(command.begin(), own_executable);
-  run(command, file_limit_of(pdf), ignore_output);
+  run(command, file_limit_of(pdf));
 }
 
 void drawing_programs::to_eps(const fs::path& pdf, const fs::path& eps) const {
   // Level 2 cannot hold every image mask.
-  run({*tools_.pdftops, "-eps", "-level3", named(pdf), named(eps)}, file_limit_of(pdf),
-      ignore_output);
+  run({*tools_.pdftops, "-eps", "-level3", named(pdf), named(eps)}, file_limit_of(pdf));
 }
 
 std::string drawing_programs::box_comments_of(const fs::path& eps) const {
   return run_to_end({*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=bbox",
                      "-sstdout=/dev/null", named(eps)},
-                    drawing_file_size, ignore_output)
+                    drawing_file_size)
       .messages;
 }
 
@@ -169,36 +241,50 @@ std::vector<std::string> drawing_programs::ghostscript(const page_frame& frame) 
   return command;
 }
 
-std::string drawing_programs::output_of(const std::vector<std::string>& command) const {
-  std::string bytes;
-  run(command, drawing_file_size, [&bytes](std::string_view more) {
-    if (bytes.size() + more.size() > max_drawing) return false;
-    bytes += more;
-    return true;
+child_result drawing_programs::run_into(ppm_reader& reader, std::size_t n_pages,
+                                        const std::vector<std::string>& command) const {
+  std::size_t n_bytes = 0;
+  return run_within(drawing_file_size, command, [&](std::string_view more) {
+    n_bytes += more.size();
+    reader.take(more);
+    return n_bytes <= n_pages * max_drawing;
   });
-  return bytes;
+}
+
+child_result drawing_programs::run_within(std::uint64_t file_size,
+                                          const std::vector<std::string>& command,
+                                          const output_taker& take) const {
+  child_limits limits = limits_;
+  limits.file_size = file_size;
+  return runner_.run(command, directory_, take, limits);
 }
 
 child_result drawing_programs::run_to_end(const std::vector<std::string>& command,
-                                          std::uint64_t file_size, const output_taker& take) const {
-  child_limits limits = limits_;
-  limits.file_size = file_size;
-  child_result result = runner_.run(command, directory_, take, limits);
-  switch (result.how) {
-    case child_result::ending::interrupted: throw dead_end{verdict::interrupted, {}};
-    case child_result::ending::stopped:
-      throw dead_end{verdict::withheld, "it draws more than one page"};
-    default: break;
-  }
-  if (result.succeeded()) return result;
-  const std::string name = fs::path(command.front()).filename();
-  const std::string reason = result.reason();
-  throw dead_end{verdict::failed, reason.starts_with(name) ? reason : name + ": " + reason};
+                                          std::uint64_t file_size) const {
+  child_result result = run_within(file_size, command, ignore_output);
+  if (!result.succeeded()) throw_failure(command, result);
+  return result;
 }
 
-const pixmap& appearance::drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth) {
-  if (!drawing) drawing = programs_->draw(file_, page_, dpi, smooth);
-  return *drawing;
+const pixmap& appearance::drawn(lazy_drawing& drawing) {
+  auto& [style, picture] = drawing;
+  if (!picture) picture = programs_->draw(file_, page_, style.dpi, style.smooth);
+  return *picture;
+}
+
+void appearance::make_together(const std::vector<lazy_drawing*>& drawings) {
+  if (page_.is_pdf()) return;
+  std::vector<lazy_drawing*> to_make;
+  std::vector<drawing_style> styles;
+  for (lazy_drawing* drawing : drawings) {
+    if (drawing->picture) continue;
+    to_make.push_back(drawing);
+    styles.push_back(drawing->style);
+  }
+  if (styles.size() < 2) return;
+  std::optional<std::vector<pixmap>> made = programs_->draw_together(file_, page_.frame, styles);
+  if (!made) return;
+  for (std::size_t n = 0; n < to_make.size(); ++n) to_make[n]->picture = std::move((*made)[n]);
 }
 
 const pixmap& appearance::cairo_drawn(std::optional<pixmap>& drawing, double dpi) {

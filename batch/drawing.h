@@ -17,6 +17,12 @@ namespace trellion::batch {
 
 enum class antialiasing { off, on };
 
+/// How a page is drawn.
+struct drawing_style {
+  double dpi;
+  antialiasing smooth;
+};
+
 /// A page that can be drawn: that of an EPS file, or one of a PDF file. Of those only the size of
 /// the frame counts.
 struct page_view {
@@ -57,6 +63,12 @@ class drawing_programs {
   /// those of EPS every pixel that they touch.
   [[nodiscard]] pixmap draw(const std::filesystem::path& file, const page_view& page, double dpi,
                             antialiasing smooth) const;
+  /// Draws an EPS file in several styles, which are the same drawings for less time: Ghostscript
+  /// starts once, and is taken back to its start after each. Nothing where that does not work; why,
+  /// `draw` tells. Throws dead_end for an interruption, and where even one takes too long.
+  [[nodiscard]] std::optional<std::vector<pixmap>> draw_together(
+      const std::filesystem::path& eps, const page_frame& frame,
+      const std::vector<drawing_style>& styles) const;
   /// Draws a page of a PDF file with poppler's cairo, which must be there.
   [[nodiscard]] pixmap draw_pdf(const std::filesystem::path& pdf, std::int64_t number, double dpi,
                                 antialiasing smooth) const;
@@ -83,12 +95,15 @@ class drawing_programs {
   }
   [[nodiscard]] std::vector<std::string> ghostscript() const;
   [[nodiscard]] std::vector<std::string> ghostscript(const page_frame& frame) const;
-  [[nodiscard]] std::string output_of(const std::vector<std::string>& command) const;
+  [[nodiscard]] child_result run_into(ppm_reader& reader, std::size_t n_pages,
+                                      const std::vector<std::string>& command) const;
+  [[nodiscard]] child_result run_within(std::uint64_t file_size,
+                                        const std::vector<std::string>& command,
+                                        const output_taker& take) const;
   [[nodiscard]] child_result run_to_end(const std::vector<std::string>& command,
-                                        std::uint64_t file_size, const output_taker& take) const;
-  void run(const std::vector<std::string>& command, std::uint64_t file_size,
-           const output_taker& take) const {
-    static_cast<void>(run_to_end(command, file_size, take));
+                                        std::uint64_t file_size) const;
+  void run(const std::vector<std::string>& command, std::uint64_t file_size) const {
+    static_cast<void>(run_to_end(command, file_size));
   }
 
   const programs& tools_;
@@ -103,13 +118,22 @@ class appearance {
   /// An EPS file begins with the head for its frame. A PDF of it is written beside it.
   appearance(const drawing_programs& programs, std::filesystem::path file, const page_view& page,
              const resolutions& dpi)
-      : programs_(&programs), file_(std::move(file)), page_(page), dpi_(dpi) {}
+      : programs_(&programs),
+        file_(std::move(file)),
+        page_(page),
+        dpi_(dpi),
+        coarse_{{dpi.coarse, antialiasing::off}, {}},
+        smooth_{{dpi.coarse, antialiasing::on}, {}},
+        fine_{{dpi.fine, antialiasing::off}, {}} {}
 
   [[nodiscard]] const resolutions& dpi() const { return dpi_; }
+  /// To be called when all of the next three, or the sharp two, are going to be asked for.
+  void expect_all() { make_together({&coarse_, &fine_, &smooth_}); }
+  void expect_sharp() { make_together({&coarse_, &fine_}); }
   // By Ghostscript.
-  const pixmap& coarse() { return drawn(coarse_, dpi_.coarse, antialiasing::off); }
-  const pixmap& smooth() { return drawn(smooth_, dpi_.coarse, antialiasing::on); }
-  const pixmap& fine() { return drawn(fine_, dpi_.fine, antialiasing::off); }
+  const pixmap& coarse() { return drawn(coarse_); }
+  const pixmap& smooth() { return drawn(smooth_); }
+  const pixmap& fine() { return drawn(fine_); }
   /// Whether poppler's cairo can draw the page just as it is. Then these can be asked for.
   [[nodiscard]] bool has_cairo() const { return page_.is_pdf() && programs_->can_draw_pdf(); }
   const pixmap& cairo_coarse() { return cairo_drawn(cairo_coarse_, dpi_.coarse); }
@@ -120,7 +144,14 @@ class appearance {
   const hairline_counts& hairlines();
 
  private:
-  const pixmap& drawn(std::optional<pixmap>& drawing, double dpi, antialiasing smooth);
+  /// A drawing by Ghostscript, if it has been made.
+  struct lazy_drawing {
+    drawing_style style;
+    std::optional<pixmap> picture;
+  };
+
+  const pixmap& drawn(lazy_drawing& drawing);
+  void make_together(const std::vector<lazy_drawing*>& drawings);
   const pixmap& cairo_drawn(std::optional<pixmap>& drawing, double dpi);
   std::int64_t hairlines_by_cairo();
 
@@ -130,9 +161,9 @@ class appearance {
   resolutions dpi_;
   std::optional<pixmap> cairo_coarse_;
   std::optional<pixmap> cairo_fine_;
-  std::optional<pixmap> coarse_;
-  std::optional<pixmap> smooth_;
-  std::optional<pixmap> fine_;
+  lazy_drawing coarse_;
+  lazy_drawing smooth_;
+  lazy_drawing fine_;
   std::optional<hairline_counts> hairlines_;
 };
 

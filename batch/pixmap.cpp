@@ -9,12 +9,13 @@
 #include <cstdio>
 #include <memory>
 #include <new>
-#include <string>
+#include <utility>
 
 namespace trellion::batch {
 namespace {
 
 constexpr std::size_t max_extent = std::size_t{1} << 20;
+constexpr std::string_view ppm_magic = "P6";
 constexpr const char* cut_short = "the picture is cut short";
 
 void check_size(std::size_t width, std::size_t height, std::size_t max_pixels) {
@@ -27,6 +28,8 @@ void check_size(std::size_t width, std::size_t height, std::size_t max_pixels) {
 /// The head of a pixmap, word by word. It is short: what goes on and on is none.
 class ppm_head {
  public:
+  static constexpr std::size_t max_size = 4096;
+
   explicit ppm_head(std::string_view bytes) : rest_(bytes.substr(0, max_size)) {}
 
   /// The next word, comments left out; empty at the end.
@@ -51,7 +54,6 @@ class ppm_head {
   [[nodiscard]] std::size_t n_read() const { return n_read_; }
 
  private:
-  static constexpr std::size_t max_size = 4096;
   static constexpr std::size_t max_word = 10;
   static constexpr std::string_view blanks = " \t\n\v\f\r";
 
@@ -127,29 +129,66 @@ class tiff_file {
   std::unique_ptr<TIFF, decltype(&TIFFClose)> file_{nullptr, TIFFClose};
 };
 
+void append(std::string_view bytes, std::vector<std::uint8_t>& rgb) {
+  const auto* const begin = reinterpret_cast<const std::uint8_t*>(bytes.data());
+  rgb.insert(rgb.end(), begin, begin + bytes.size());
+}
+
 }  // namespace
 
-pixmap read_ppm(std::string_view bytes, std::size_t max_pixels) {
-  constexpr std::string_view magic = "P6";
-  ppm_head head(bytes);
-  if (head.word() != magic) throw run_error("no portable pixmap");
-  pixmap result;
-  result.width = head.number();
-  result.height = head.number();
-  if (head.number() != 255) throw run_error("no portable pixmap of 255 levels");
-  check_size(result.width, result.height, max_pixels);
-
-  const std::size_t size = 3 * result.width * result.height;
-  const std::size_t start = head.n_read() + 1;  // a single blank ends the head
-  if (bytes.size() < start || bytes.size() - start < size) {
-    throw run_error(cut_short);
+void ppm_reader::take(std::string_view bytes) {
+  take_pixels(bytes);
+  if (failure_) return;
+  pending_ += bytes;
+  while (missing_ == 0 && pages_.size() < n_pages_ && pending_.size() >= ppm_head::max_size) {
+    begin_page();
+    if (failure_) return;
   }
-  const std::string_view rest = bytes.substr(start + size);
-  if (rest.starts_with(magic)) throw second_page("more than one page");
-  if (!rest.empty()) throw run_error("there is more than a picture");
-  const std::string_view pixels = bytes.substr(start, size);
-  result.rgb.assign(pixels.begin(), pixels.end());
-  return result;
+  // Of a page that nobody has asked for the head is enough.
+  if (pages_.size() == n_pages_) pending_.resize(std::min(pending_.size(), ppm_head::max_size));
+}
+
+void ppm_reader::take_pixels(std::string_view& bytes) {
+  const std::string_view pixels = bytes.substr(0, missing_);
+  if (pixels.empty()) return;
+  append(pixels, pages_.back().rgb);
+  missing_ -= pixels.size();
+  bytes.remove_prefix(pixels.size());
+}
+
+void ppm_reader::begin_page() try {
+  ppm_head head(pending_);
+  if (head.word() != ppm_magic) throw run_error("no portable pixmap");
+  pixmap page;
+  page.width = head.number();
+  page.height = head.number();
+  if (head.number() != 255) throw run_error("no portable pixmap of 255 levels");
+  check_size(page.width, page.height, max_pixels_);
+  missing_ = 3 * page.width * page.height;
+  page.rgb.reserve(missing_);  // the system gives what is written to
+  pages_.push_back(std::move(page));
+  // A single blank ends the head.
+  std::string_view rest =
+      std::string_view(pending_).substr(std::min(head.n_read() + 1, pending_.size()));
+  take_pixels(rest);
+  pending_ = std::string(rest);
+} catch (const run_error& error) {
+  failure_ = error;
+}
+
+std::vector<pixmap> ppm_reader::pages() {
+  while (!failure_ && missing_ == 0 && pages_.size() < n_pages_) begin_page();
+  if (failure_) throw run_error(*failure_);
+  if (missing_ > 0) throw run_error(cut_short);
+  if (pending_.starts_with(ppm_magic)) throw second_page("more than one page");
+  if (!pending_.empty()) throw run_error("there is more than a picture");
+  return std::move(pages_);
+}
+
+pixmap read_ppm(std::string_view bytes, std::size_t max_pixels) {
+  ppm_reader reader(1, max_pixels);
+  reader.take(bytes);
+  return std::move(reader.pages().front());
 }
 
 pixmap read_tiff(const std::filesystem::path& path, std::size_t max_pixels) {

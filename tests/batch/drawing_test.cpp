@@ -71,6 +71,43 @@ TEST_F(drawings, show_the_frame_wherever_it_is) {
   EXPECT_NEAR(page.box->top, 92, 1);
 }
 
+TEST_F(drawings, are_the_same_together) {
+  const page_frame frame{0, 0, 60, 40};
+  const std::vector<drawing_style> styles = {
+      {144, antialiasing::off}, {600, antialiasing::off}, {144, antialiasing::on}};
+  const std::filesystem::path file = directory.path() / "a.eps";
+  const auto together = [&](const std::string& text) {
+    directory.write("a.eps", framing_head(frame) + "%!PS\n" + text);
+    return with.programs.draw_together(file, frame, styles);
+  };
+  // Lines and rims that depend on the resolution, letters, places by chance, and what is left
+  // behind: on the stacks, in local and global memory, and under the names of what is to take it
+  // away.
+  const auto pictures = together(
+      "/seen where { pop 0 0 60 40 rectfill } if globaldict /seen true put "
+      "/restore { } def /clear { quit } def /trellion-kept 7 def "
+      ".7 setlinewidth 30 20 9 0 360 arc stroke .3 setlinewidth 4.13 3 moveto 4.13 20.3 lineto "
+      "stroke 7.3 20.1 11.7 9.9 rectfill rand 50 mod rand 30 mod 2 2 rectfill "
+      "/Helvetica findfont 9 scalefont setfont 25 25 moveto (mesh) show "
+      "1 2 [3] 10 dict begin gsave showpage\n");
+  ASSERT_TRUE(pictures);
+  for (std::size_t n = 0; n < styles.size(); ++n) {
+    const pixmap alone = with.programs.draw(file, {frame}, styles[n].dpi, styles[n].smooth);
+    EXPECT_EQ(pictures->at(n).width, alone.width);
+    EXPECT_TRUE(pictures->at(n).rgb == alone.rgb) << styles[n].dpi;
+  }
+  // Two pages and then none, an early end, and what goes wrong.
+  EXPECT_FALSE(
+      together("showpage currentpagedevice /HWResolution get 0 get 200 lt "
+               "{ showpage } { quit } ifelse\n"));
+  EXPECT_FALSE(together("showpage quit\n"));
+  EXPECT_FALSE(together("showpage nonsense\n"));
+  // What does not come to its first page is not waited for once more.
+  directory.write("a.eps", framing_head(frame) + "%!PS\n{ } loop\n");
+  const drawing_tools hasty(directory.path(), std::chrono::milliseconds(500));
+  EXPECT_THROW(static_cast<void>(hasty.programs.draw_together(file, frame, styles)), dead_end);
+}
+
 TEST_F(drawings, tell_why_there_are_none) {
   const page_frame frame{0, 0, 50, 50};
   EXPECT_EQ(drawn("%!PS\n0 0 moveto (a) nonsense\n", frame), "gs: Error: /undefined in nonsense");

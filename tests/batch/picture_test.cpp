@@ -153,6 +153,33 @@ TEST(picture, is_read_from_a_pixmap) {
   }
 }
 
+TEST(picture, comes_page_by_page_and_in_pieces) {
+  const pixmap large{60, 70, std::vector<std::uint8_t>(std::size_t{3} * 60 * 70, 7)};
+  const auto file_of = [](const pixmap& picture) {
+    return "P6 " + std::to_string(picture.width) + ' ' + std::to_string(picture.height) + " 255\n" +
+           std::string(picture.rgb.begin(), picture.rgb.end());
+  };
+  const std::string file = file_of(six_pixels) + file_of(large) + file_of(six_pixels);
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{1000}, file.size()}) {
+    const auto read = [&](std::size_t n_pages, std::string_view rest) {
+      batch::ppm_reader reader(n_pages, large.width * large.height);
+      for (; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size()))) {
+        reader.take(rest.substr(0, piece));
+      }
+      return reader.pages();
+    };
+    const std::vector<pixmap> pages = read(3, file);
+    ASSERT_EQ(pages.size(), 3);
+    EXPECT_EQ(pages[0].rgb, six_pixels.rgb);
+    EXPECT_EQ(pages[1].rgb, large.rgb);
+    EXPECT_EQ(pages[2].rgb, six_pixels.rgb);
+    EXPECT_THROW(read(2, file), batch::second_page);
+    EXPECT_THROW(read(4, file), run_error);
+    EXPECT_THROW(read(3, std::string_view(file).substr(0, file.size() - 1)), run_error);
+    EXPECT_THROW(read(3, file + '.'), run_error);
+  }
+}
+
 TEST(picture, is_read_from_tiff) {
   const scratch_directory directory;
   const std::filesystem::path path = directory.path() / "a.tif";

@@ -11,15 +11,17 @@ namespace trellion::testing {
 /// The programs that draw, which work in a directory. `tools` can be changed.
 class drawing_tools {
  public:
-  explicit drawing_tools(const std::filesystem::path& directory)
-      : programs(tools, runner_, limits_, directory) {}
+  explicit drawing_tools(const std::filesystem::path& directory,
+                         std::chrono::milliseconds time_limit = std::chrono::minutes(1))
+      : limits_{time_limit, std::uint64_t{8} << 30, 0},
+        programs(tools, runner_, limits_, directory) {}
 
   batch::programs tools{batch::find_program("gs"), batch::find_program("pdftops"),
                         batch::find_program("pdftocairo")};
 
  private:
   const batch::interruption interrupted_;
-  const batch::child_limits limits_{std::chrono::minutes(1), std::uint64_t{8} << 30, 0};
+  const batch::child_limits limits_;
   const batch::process_runner runner_{interrupted_, limits_};
 
  public:
