@@ -37,6 +37,13 @@ std::string option(const char* name, double value) {
 constexpr const char* centre_sampled =
     "<< /Install { systemdict /.setfilladjust2 known { 0 0 .setfilladjust2 } if } >> setpagedevice";
 
+/// Files are not to be filled with pages.
+constexpr const char* one_page_only =
+    "<< /BeginPage { 1 gt { /several-pages cvx exec } if } >> setpagedevice";
+/// Said at the end of a figure that does not quit, of the device that it leaves.
+constexpr const char* tell_pages = "(pages: ) print currentpagedevice /PageCount get =only";
+constexpr std::string_view told_one_page = "pages: 1";
+
 /// A drawing and its head. What writes more draws page after page, or nonsense.
 constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
 
@@ -196,7 +203,7 @@ pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, doub
   return picture;
 }
 
-void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
+bool drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
                               const std::vector<std::string>& more_options) const {
   std::vector<std::string> command = ghostscript(frame);
   command.insert(command.end(), {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None",
@@ -205,8 +212,8 @@ void drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, cons
                                  "-dAutoFilterGrayImages=false", "-dColorImageFilter=/FlateEncode",
                                  "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + named(pdf)});
   command.insert(command.end(), more_options.begin(), more_options.end());
-  command.push_back(named(eps));
-  run(command, file_limit_of(eps));
+  command.insert(command.end(), {"-c", one_page_only, "-f", named(eps), "-c", tell_pages});
+  return run_to_end(command, file_limit_of(eps)).messages.ends_with(told_one_page);
 }
 
 void drawing_programs::move(const fs::path& pdf, const shift& by, const fs::path& moved) const {
@@ -305,7 +312,7 @@ std::int64_t appearance::hairlines_by_cairo() {
   };
   if (page_.is_pdf()) return hairline_pixels(smooth_of(file_, page_.number), cairo_coarse());
   const fs::path pdf = fs::path(file_).replace_extension(".pdf");
-  programs_->to_pdf(file_, page_.frame, pdf);
+  static_cast<void>(programs_->to_pdf(file_, page_.frame, pdf));
   return hairline_pixels(smooth_of(pdf, 1),
                          programs_->draw_pdf(pdf, 1, dpi_.coarse, antialiasing::off));
 }

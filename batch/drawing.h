@@ -75,10 +75,11 @@ class drawing_programs {
   [[nodiscard]] bool can_draw_pdf() const { return tools_.pdftocairo.has_value(); }
 
   /// Converts such a file to PDF, with more options for Ghostscript. Nothing is moved, turned or
-  /// lost but what PDF cannot hold.
-  void to_pdf(const std::filesystem::path& eps, const page_frame& frame,
-              const std::filesystem::path& pdf,
-              const std::vector<std::string>& more_options = {}) const;
+  /// lost but what PDF cannot hold. Returns whether it is known to have drawn a page; what draws
+  /// several ends in an error.
+  [[nodiscard]] bool to_pdf(const std::filesystem::path& eps, const page_frame& frame,
+                            const std::filesystem::path& pdf,
+                            const std::vector<std::string>& more_options = {}) const;
   /// Writes a PDF file that draws the same, moved.
   void move(const std::filesystem::path& pdf, const shift& by,
             const std::filesystem::path& moved) const;

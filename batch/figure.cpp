@@ -92,18 +92,19 @@ void write_framed(const fs::path& source, const page_frame& frame, const fs::pat
   write_whole(framed, framing_head(frame), postscript(text));
 }
 
-void take_detour(const figure& original, const drawing_programs& programs, const fs::path& pdf,
+bool take_detour(const figure& original, const drawing_programs& programs, const fs::path& pdf,
                  const fs::path& eps) {
   const page_frame frame = detour_frame(original);
   const fs::path framed = pdf.parent_path() / "framed.eps";
   write_framed(original.file, frame, framed);
-  programs.to_pdf(framed, frame, pdf);
+  const bool drew_page = programs.to_pdf(framed, frame, pdf);
   std::string text = converted_to_eps(pdf, programs);
   if (has_calibrated_colours_only(text)) {
-    programs.to_pdf(framed, frame, pdf, {"-sColorConversionStrategy=RGB"});
+    static_cast<void>(programs.to_pdf(framed, frame, pdf, {"-sColorConversionStrategy=RGB"}));
     text = converted_to_eps(pdf, programs);
   }
   write_detoured(text, original, eps);
+  return drew_page;
 }
 
 void return_from_detour(const figure& original, const drawing_programs& programs,

@@ -36,9 +36,10 @@ void write_framed(const std::filesystem::path& source, const page_frame& frame,
                   const std::filesystem::path& framed);
 
 /// Writes the figure, which has a box, by way of PDF to `eps`: it draws the same with other
-/// operators. The PDF file stays, and what is made on the way stays beside it. Throws dead_end when
-/// it cannot be done or what came of it is not whole, and run_error.
-void take_detour(const figure& original, const drawing_programs& programs,
+/// operators. The PDF file stays, and what is made on the way stays beside it. Returns whether the
+/// figure is known to draw a page. Throws dead_end when it cannot be done or what came of it is not
+/// whole, and run_error.
+bool take_detour(const figure& original, const drawing_programs& programs,
                  const std::filesystem::path& pdf, const std::filesystem::path& eps);
 
 /// The way back alone, from a repaired PDF file of the detour, with the comment of a result. Throws

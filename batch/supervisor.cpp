@@ -67,7 +67,8 @@ void lower_file_limit(rlim_t open_files) {
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-[[noreturn]] void become_program(const task& given, pid_t supervisor, const sigset_t& mask) {
+/// Returns where the program is this one.
+void become_program(const task& given, pid_t supervisor, const sigset_t& mask) {
   // Somebody may kill us and the supervisor at once.
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != supervisor) ::_exit(1);
@@ -76,7 +77,13 @@ void lower_file_limit(rlim_t open_files) {
   set_limit(RLIMIT_AS, given.memory);
   lower_file_limit(given.open_files);
   ::sigprocmask(SIG_SETMASK, &mask, nullptr);
-  if (::chdir(given.directory) == 0) ::execv(given.program[0], given.program);
+  if (::chdir(given.directory) == 0) {
+    if (given.program[0] == std::string_view(own_executable)) {
+      ::close(lifeline_descriptor);
+      return;
+    }
+    ::execv(given.program[0], given.program);
+  }
   report(supervisor_report::kind::not_started, errno);
   ::_exit(1);
 }
@@ -104,8 +111,9 @@ void end_group() {
   }
 }
 
-/// The work of a supervisor. It is deaf to all signals but those that nobody can block.
-[[noreturn]] void supervise(const task& given) {
+/// The work of a supervisor. It is deaf to all signals but those that nobody can block. Returns in
+/// the child, where that goes on as this program.
+void supervise(const task& given) {
   sigset_t all{};
   sigset_t former{};
   ::sigfillset(&all);
@@ -120,7 +128,7 @@ void end_group() {
 
   const pid_t self = ::getpid();
   const pid_t program = ::fork();
-  if (program == 0) become_program(given, self, former);
+  if (program == 0) return become_program(given, self, former);
   if (program < 0) {
     report(supervisor_report::kind::not_started, errno);
     ::_exit(1);
@@ -149,10 +157,12 @@ std::vector<std::string> supervised(const std::vector<std::string>& command,
   return arguments;
 }
 
-void supervise_if_asked(int argc, char* const* argv) {
+void supervise_if_asked(int& argc, char**& argv) {
   if (!is_supervisor(argc, argv)) return;
   supervise(
       {number_in(argv[2]), number_in(argv[3]), number_in(argv[4]), argv[5], argv + program_at});
+  argc -= program_at;
+  argv += program_at;
 }
 
 }  // namespace trellion::batch

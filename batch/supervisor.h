@@ -37,8 +37,9 @@ std::vector<std::string> supervised(const std::vector<std::string>& command,
                                     const std::filesystem::path& directory,
                                     const child_limits& limits, std::uint64_t open_files);
 
-/// When this process has been started as a supervisor it is one, and does not return. To be called
-/// before anything else.
-void supervise_if_asked(int argc, char* const* argv);
+/// When this process has been started as a supervisor it is one, and does not return. Where the
+/// program below it is this executable, too, that goes on here, in a child, with arguments of its
+/// own: to start anew would take longer than many a repair. To be called before anything else.
+void supervise_if_asked(int& argc, char**& argv);
 
 }  // namespace trellion::batch

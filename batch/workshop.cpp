@@ -122,13 +122,15 @@ candidate workshop::repair_pdf(const repair_way& way, const fs::path& folder) {
   const std::optional<pdf_outcome> outcome =
       read_pdf_outcome(work_on(source, folder, worker_arguments(request)));
   if (!outcome) throw dead_end{verdict::failed, no_outcome};
-  if (way.detour) return_from_detour(input_, programs_, repaired, result);
 
-  candidate made{way, result, fs::file_size(result), {}, outcome->streams_changed > 0, {}};
+  candidate made{way, result, 0, {}, outcome->streams_changed > 0, {}};
   made.summary.polygons_read = outcome->polygons_read;
   made.summary.polygons_left = outcome->polygons_left;
-  // What the detour saves by itself is no repair.
+  // What the detour saves by itself is no repair. Without one nobody wants the EPS.
   if (way.detour) made.is_gain = outcome->polygons_left < outcome->polygons_read;
+  if (way.detour && !made.is_gain && !options_.keep_all) return made;
+  if (way.detour) return_from_detour(input_, programs_, repaired, result);
+  made.n_bytes = fs::file_size(result);
   for (const pdf::numbered_page& page : outcome->pages) {
     if (!way.detour) made.pages.push_back({frame_of_size(page.width, page.height), page.number});
   }
@@ -205,12 +207,19 @@ const fs::path& workshop::text_source(const repair_way& way) {
 const detour_files& workshop::detour() {
   if (!detour_) {
     try {
-      // What draws page after page is found out here, before files are filled with it.
-      static_cast<void>(input_appearance({frame()}).coarse());
+      appearance& input = input_appearance({frame()});
       const fs::path folder = directory_ / "detour";
       const detour_files files{folder / "detour.pdf", folder / "figure" / input_.file.filename()};
       fs::create_directories(files.eps.parent_path());
-      take_detour(input_, programs_, files.pdf, files.eps);
+      bool drew_page = false;
+      try {
+        drew_page = take_detour(input_, programs_, files.pdf, files.eps);
+      } catch (...) {
+        // Where the figure cannot be drawn, or draws page after page, that is the reason.
+        static_cast<void>(input.coarse());
+        throw;
+      }
+      if (!drew_page) static_cast<void>(input.coarse());
       detour_ = files;
     } catch (const dead_end& end) {
       detour_ = end;

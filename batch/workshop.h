@@ -22,7 +22,7 @@ namespace trellion::batch {
 /// A repaired file that may be kept.
 struct candidate {
   repair_way way;
-  std::filesystem::path file;
+  std::filesystem::path file;  ///< not there where a detour was no gain, unless all is kept
   std::uint64_t n_bytes = 0;
   repair_summary summary;        ///< in PDF there are no groups
   bool is_gain = false;          ///< polygons were joined, or PDF made shorter

@@ -61,7 +61,7 @@ TEST_F(drawings, show_the_frame_wherever_it_is) {
   EXPECT_EQ(picture.rgb, expected.rgb);
 
   const std::filesystem::path pdf = directory.path() / "a.pdf";
-  with.programs.to_pdf(directory.path() / "a.eps", frame, pdf);
+  EXPECT_TRUE(with.programs.to_pdf(directory.path() / "a.eps", frame, pdf));
   if (with.programs.can_draw_pdf()) {
     EXPECT_EQ(with.programs.draw_pdf(pdf, 1, 72, antialiasing::off).rgb, picture.rgb);
   }
@@ -112,6 +112,14 @@ TEST_F(drawings, tell_why_there_are_none) {
   const page_frame frame{0, 0, 50, 50};
   EXPECT_EQ(drawn("%!PS\n0 0 moveto (a) nonsense\n", frame), "gs: Error: /undefined in nonsense");
   EXPECT_EQ(drawn("%!PS\nshowpage showpage\n", frame), "it draws more than one page");
+  // On the way to PDF, too, they are told from those that draw a page.
+  const auto drew_page = [&](const std::string& text) {
+    directory.write("a.eps", framing_head(frame) + "%!PS\n" + text);
+    return with.programs.to_pdf(directory.path() / "a.eps", frame, directory.path() / "a.pdf");
+  };
+  EXPECT_FALSE(drew_page("0 0 9 9 rectfill quit\n"));
+  EXPECT_FALSE(drew_page("nulldevice showpage\n"));
+  EXPECT_THROW(static_cast<void>(drew_page("{ showpage } loop\n")), dead_end);
   with.tools.gs = write_script(directory, "tool", "echo 'tool: broken' >&2; exit 1");
   EXPECT_EQ(drawn("%!PS\nshowpage\n", frame), "tool: broken");
   with.tools.gs = write_script(directory, "tool", "exec yes");
