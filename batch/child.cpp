@@ -30,12 +30,16 @@ std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
 /// would take as options: they could allow a figure to read and write files.
 std::vector<std::string> environment_with(const std::filesystem::path& temporary) {
   std::vector<std::string> result = {"TMPDIR=" + temporary.string()};
+  bool has_tunables = false;
   for (char** entry = environ; *entry != nullptr; ++entry) {
     const std::string_view variable = *entry;
+    if (variable.starts_with("GLIBC_TUNABLES=")) has_tunables = true;
     if (!variable.starts_with("TMPDIR=") && !variable.starts_with("GS_")) {
       result.emplace_back(variable);
     }
   }
+  // Drawings are large: in large pages they cost the system less.
+  if (!has_tunables) result.emplace_back("GLIBC_TUNABLES=glibc.malloc.hugetlb=1");
   return result;
 }
 
