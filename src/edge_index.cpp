@@ -2,39 +2,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <random>
 
 namespace trellion {
 namespace {
 
 constexpr auto later = [](const ranked& a, const ranked& b) { return a.order > b.order; };
-
-std::uint64_t packed(const ps_point& p) {
-  return std::uint64_t{static_cast<std::uint32_t>(p.coords[0])} << 32 |
-         static_cast<std::uint32_t>(p.coords[1]);
-}
-
-std::uint64_t drawn_number(std::random_device& source) {
-  static_assert(std::random_device::max() == UINT32_MAX);
-  const std::uint64_t upper = source();
-  return upper << 32 | source();
-}
-
-/// Drawn once: a file can have very many groups, each with an index.
-const hash_keys& drawn_keys() {
-  static const hash_keys keys = [] {
-    std::random_device source;
-    return hash_keys{drawn_number(source) | 1, drawn_number(source) | 1, drawn_number(source) | 1};
-  }();
-  return keys;
-}
-
-/// Both halves of a product of 128 bits, so that no bit of n is lost, not the highest either.
-std::uint64_t folded(std::uint64_t n, std::uint64_t key) {
-  __extension__ using product = unsigned __int128;
-  const product p = product{n} * key;
-  return static_cast<std::uint64_t>(p) + static_cast<std::uint64_t>(p >> 64);
-}
 
 }  // namespace
 
@@ -60,25 +32,6 @@ void lazy_queue::change_top(rank order) {
   const ranked changed = {order, top().what};
   pop();
   push(changed);
-}
-
-edge_filter::edge_filter(const large_array<ps_point>& points, const hash_keys& keys) : keys_(keys) {
-  constexpr int most_bits = 21;  // of a size that is near at hand
-  const int bits = std::clamp(static_cast<int>(std::bit_width(points.size())), 6, most_bits);
-  hash_shift_ = 64 - bits;
-  bits_.resize((std::size_t{1} << bits) / 64);
-
-  // A region is some eight polygons wide.
-  constexpr std::size_t n_samples = 256;
-  std::uint64_t sides = 0;
-  const std::size_t step = points.size() / n_samples + 1;
-  for (std::size_t i = 1; i < points.size(); i += step) {
-    for (const std::size_t axis : {0, 1}) {
-      sides += static_cast<std::uint64_t>(
-          std::abs(std::int64_t{points[i].coords[axis]} - points[i - 1].coords[axis]));
-    }
-  }
-  region_shift_ = static_cast<int>(std::bit_width(sides * step / (points.size() + 1))) + 3;
 }
 
 edge_index::edge_index(path_store& store, std::uint32_t crowd_size)
@@ -123,14 +76,8 @@ bool edge_index::lie_alike(edge a, edge b) const {
   return (a0.same_place(b0) && a1.same_place(b1)) || (a0.same_place(b1) && a1.same_place(b0));
 }
 
-/// The same for both directions of an edge.
 std::uint64_t edge_index::hash(edge e) const {
-  const ps_point& p = store_.points[e];
-  const std::uint64_t a = packed(p);
-  const std::uint64_t b = packed(store_.points[store_.next(e)]);
-  const std::uint64_t h =
-      folded(std::min(a, b), keys_.smaller_point) + folded(std::max(a, b), keys_.larger_point);
-  return (h ^ h >> 32) * keys_.last_factor;
+  return edge_hash(store_.points[e], store_.points[store_.next(e)], keys_);
 }
 
 void edge_index::add(edge e) { add_staged(stage(e)); }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "edge_hash.h"
 #include "postscript_path.h"
 
 namespace trellion {
@@ -56,55 +57,6 @@ class lazy_queue {
 
   large_array<ranked> sorted_;  // the smallest last
   std::vector<ranked> heap_;
-};
-
-/// What the hashes are made with, odd numbers. They are drawn anew for every run, or figures could
-/// be made whose edges all hash alike; nothing but the time depends on them.
-struct hash_keys {
-  std::uint64_t smaller_point;
-  std::uint64_t larger_point;
-  std::uint64_t last_factor;
-};
-
-/// Which edges there have been, known by their extents, lengths and slopes, and roughly by their
-/// places: the edges of a mesh are of few kinds in a neighbourhood. It can err: some that have
-/// never been count, too.
-class edge_filter {
- public:
-  edge_filter(const large_array<ps_point>& points, const hash_keys& keys);
-
-  /// Takes note of the edge between two points, whichever comes first.
-  void insert(const ps_point& a, const ps_point& b) {
-    const std::size_t i = place_of(a, b);
-    bits_[i / 64] |= std::uint64_t{1} << i % 64;
-  }
-  /// False when there has been no such edge.
-  [[nodiscard]] bool contains(const ps_point& a, const ps_point& b) const {
-    const std::size_t i = place_of(a, b);
-    return (bits_[i / 64] >> i % 64 & 1) != 0;
-  }
-
- private:
-  [[nodiscard]] std::size_t place_of(const ps_point& a, const ps_point& b) const {
-    const auto part = [&](std::size_t axis, auto combine) {
-      return static_cast<wrapping>(combine(std::int64_t{a.coords[axis]}, b.coords[axis]));
-    };
-    const auto extent = [](std::int64_t from, std::int64_t to) { return to - from; };
-    const auto region = [this](std::int64_t from, std::int64_t to) {
-      return (from + to) >> region_shift_;
-    };
-    const wrapping root =
-        part(0, extent) * keys_.smaller_point + part(1, extent) * keys_.larger_point;
-    const wrapping place =
-        part(0, region) * keys_.larger_point + part(1, region) * keys_.smaller_point;
-    // The square does not know the direction.
-    return static_cast<std::size_t>((root * root + place) * keys_.last_factor >> hash_shift_);
-  }
-
-  hash_keys keys_;
-  int region_shift_ = 0;
-  int hash_shift_;
-  std::vector<std::uint64_t> bits_;
 };
 
 /// Knows which edges of different paths lie between the same two points, whatever their directions.

@@ -95,6 +95,12 @@ std::optional<std::uint32_t> strata::first_used(std::uint32_t n_points) {
   return found->first;
 }
 
+std::vector<ps_path_queue> strata::used() {
+  std::vector<ps_path_queue> queues;
+  for (auto n = first_used(min_points); n; n = first_used(*n + 1)) queues.push_back(of(*n));
+  return queues;
+}
+
 ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, text_writer& console,
                                       point_order order) {
   console.put(" lines ").put(integer_field(group.begin.line_number(), 8)).put(" ... ");

@@ -56,6 +56,8 @@ class strata {
   /// The least number of points, not below `n_points`, that a stratum has paths of, if there is
   /// any.
   std::optional<std::uint32_t> first_used(std::uint32_t n_points);
+  /// Those that have paths, fewest points first.
+  std::vector<ps_path_queue> used();
 
  private:
   path_store* store_;

@@ -44,9 +44,9 @@ class no_sink : public byte_sink {
   void write(std::string_view /*bytes*/) override {}
 };
 
-std::int64_t count_paths(const strata& strata) {
+std::int64_t count_paths(strata& strata) {
   std::int64_t count = 0;
-  for (const ps_path_queue& queue : strata.queues()) count += queue.n_paths();
+  for (const ps_path_queue& queue : strata.used()) count += queue.n_paths();
   return count;
 }
 
@@ -60,12 +60,12 @@ void draw_group(polygon_group& group, path_store& store, text_writer& console) {
   if (queue.is_empty()) return;
   strata strata = stratify(store, queue);
   const auto draw = [&] {
-    create_intermediate_eps(store, strata.queues(), console, outline_ending::stroked);
+    create_intermediate_eps(store, strata.used(), console, outline_ending::stroked);
   };
   draw();
   std::int64_t n_paths = count_paths(strata);
-  for (std::uint32_t limit = strata::min_points; limit <= strata.max_points(); ++limit) {
-    v3_process(store, strata, static_cast<std::int32_t>(limit), progress);
+  for (auto n = strata.first_used(strata::min_points); n; n = strata.first_used(*n + 1)) {
+    v3_process(store, strata, static_cast<std::int32_t>(*n), progress);
     if (count_paths(strata) != n_paths) draw();
     n_paths = count_paths(strata);
   }
