@@ -1,5 +1,6 @@
 #include "pdf/content_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
 #include <utility>
@@ -35,16 +36,25 @@ class path_text {
 
   void add(std::span<const label> ring, bool is_closed) {
     if (ring.size() == 4 && add_rectangle(ring)) return;
-    for (std::size_t i = 0; i < ring.size(); ++i) {
-      const place& at = points_[ring[i]];
-      number(at.x);
-      number(at.y);
-      text_ += i == 0 ? "m " : "l ";
-    }
+    for (std::size_t i = 0; i < ring.size(); ++i) corner(ring[i], i == 0);
     if (is_closed) text_ += "h ";
   }
 
+  /// From a corner of it on, and back there.
+  void add_open(std::span<const label> ring, label start) {
+    const auto at = std::ranges::find(ring, start) - ring.begin();
+    for (std::size_t i = 0; i <= ring.size(); ++i) {
+      corner(ring[(static_cast<std::size_t>(at) + i) % ring.size()], i == 0);
+    }
+  }
+
  private:
+  void corner(label at, bool is_first) {
+    number(points_[at].x);
+    number(points_[at].y);
+    text_ += is_first ? "m " : "l ";
+  }
+
   void number(std::int64_t value) {
     append_number(value, digits_, text_);
     text_ += ' ';
@@ -84,10 +94,16 @@ void content_writer::paint_outlines(const outlines& all, std::size_t begin, std:
                                     const places& points, int digits, const paint& with) {
   set_state(with);
   path_text path(points, digits, text_);
+  auto open = std::ranges::lower_bound(all.open_starts, begin, {}, &outlines::open_start::outline);
   std::uint32_t from = begin == 0 ? 0 : all.ends[begin - 1];
-  for (const std::uint32_t to : std::span(all.ends).subspan(begin, end - begin)) {
-    path.add(std::span(all.corners).subspan(from, to - from), with.has_pen);
-    from = to;
+  for (std::size_t i = begin; i < end; ++i) {
+    const std::span ring = std::span(all.corners).subspan(from, all.ends[i] - from);
+    if (open != all.open_starts.end() && open->outline == i) {
+      path.add_open(ring, open++->corner);
+    } else {
+      path.add(ring, with.has_pen);
+    }
+    from = all.ends[i];
   }
   text_ += with.has_pen ? "B\n" : "f\n";
 }

@@ -150,14 +150,13 @@ void for_each_outline(const outlines& o, F f) {
   }
 }
 
-/// Whether a corner of an outline is straight.
+}  // namespace
+
 bool is_straight_at(const mesh& of, std::span<const label> outline, std::size_t i) {
   const label before = i == 0 ? outline.back() : outline[i - 1];
   const label after = i + 1 == outline.size() ? outline.front() : outline[i + 1];
   return is_straight(of.points[before], of.points[outline[i]], of.points[after]);
 }
-
-}  // namespace
 
 void join(const mesh& of, std::span<const std::uint32_t> polygons, outlines& to) {
   if (polygons.size() == 1) {

@@ -10,8 +10,15 @@ namespace trellion::pdf {
 
 /// Closed outlines: the labels of all their corners, and where each ends.
 struct outlines {
+  /// Where an outline starts when a pen is to draw no corner there.
+  struct open_start {
+    std::size_t outline;
+    label corner;
+  };
+
   std::vector<label> corners;
   std::vector<std::uint32_t> ends;
+  std::vector<open_start> open_starts;  ///< by outline, of few
 };
 
 /// Adds the outline of what polygons cover together, to be filled at once by the rule that windings
@@ -37,6 +44,9 @@ void join(const mesh& of, std::span<const std::uint32_t> polygons, outlines& to)
 
 /// The same, on its own.
 outlines join(const mesh& of, std::span<const std::uint32_t> polygons);
+
+/// Whether a corner of an outline is straight.
+bool is_straight_at(const mesh& of, std::span<const label> outline, std::size_t i);
 
 /// Removes corners that lie on a straight line between their neighbours, except where another
 /// outline, or a polygon of shape `other`, has a true corner at that place: neighbours that shared

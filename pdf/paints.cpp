@@ -74,8 +74,13 @@ std::optional<pen_traits> traits_of_pen(const line_style& pen, const linear_map&
   const double mitre = is_mitred ? on_page * std::max(1.0, to_double(texts[pen.miter])) : on_page;
   const bool is_round = texts[pen.join] == "1";
   const bool is_solid = texts[pen.dash] == solid_dash;
-  return pen_traits{half, side, is_solid && (is_round || mitre <= longest_corner),
-                    is_solid && mitre <= longest_corner};
+  pen_traits result;
+  result.reach = half;
+  result.side_reach = side;
+  result.may_join = is_solid && (is_round || mitre <= longest_corner);
+  result.may_close = is_solid && mitre <= longest_corner;
+  result.shows_ends = !is_round || texts[pen.cap] != "1";
+  return result;
 }
 
 }  // namespace trellion::pdf

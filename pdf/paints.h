@@ -56,6 +56,7 @@ struct pen_traits {
   double side_reach = 0;   ///< beyond a single side
   bool may_join = false;   ///< the corners that joining removes, and makes, hardly show
   bool may_close = false;  ///< nor does a corner where an outline only returned to its start
+  bool shows_ends = true;  ///< where it did, its ends make no such corner as other sides do
 };
 /// Nothing when part of it is not known, or it is no pen.
 /// `matrix` leads to the page, in points.

@@ -95,12 +95,14 @@ bool run::take(path& painted, op painter, const graphics_state& state) {
   with.ink = state.fill;
   std::int64_t reach = 0;
   bool may_join = true;
+  bool shows_ends = false;
   if (strokes_too(painter)) {
     if (state.stroke != state.fill || !state.strokes_opaquely()) return false;
     const auto pen = pen_of(state.line, state.matrix);
     if (!pen) return false;
     reach = pen->reach;
     may_join = pen->may_join && goes_round(painted, painter);
+    shows_ends = pen->shows_ends;
     if (!pen->may_close && std::ranges::any_of(painted.subpaths(), &subpath::has_ends)) {
       may_join = false;
     }
@@ -124,9 +126,14 @@ bool run::take(path& painted, op painter, const graphics_state& state) {
   if (!may_join || !add_parts(painted, is_even_odd(painter), index)) {
     keep_source(painted, painter, from);
     gathered_.polygons.add(index, outline_traits(), painted.corners());
-  } else if (with.has_pen && painted.subpaths().front().has_ends && size() == from + 1) {
+  } else if (shows_ends && painted.subpaths().front().has_ends && size() == from + 1) {
     // Closed, it would get one more corner.
     keep_source(painted, painter, from);
+    const mesh& all = gathered_.polygons;
+    const label first = all.corners_of(all.polygons[from])[0];
+    const bool is_turned = all.points[first] != painted.corners()[0];
+    gathered_.raws.back().open_corner =
+        is_turned ? raw_polygon::opening::last : raw_polygon::opening::first;
   }
 
   has_filled_ = !with.has_pen;
@@ -181,7 +188,7 @@ std::optional<run::pen_use> run::pen_of(const line_style& style, const linear_ma
   const auto reach = scaled_reach(traits->reach);
   const auto side_reach = scaled_reach(traits->side_reach);
   if (!reach || !side_reach) return std::nullopt;
-  return pen_use{*reach, *side_reach, traits->may_join, traits->may_close};
+  return pen_use{*reach, *side_reach, traits->may_join, traits->may_close, traits->shows_ends};
 }
 
 std::optional<std::int64_t> run::scaled_reach(double units) const {

@@ -17,10 +17,15 @@ namespace trellion::pdf {
 /// The source of a polygon. One that is not understood further, or is not to be joined, is painted
 /// with the same path again.
 struct raw_polygon {
+  /// The corner of the polygon where a pen draws none, as the path returns to its start without
+  /// being closed.
+  enum class opening : std::uint8_t { none, first, last };
+
   std::uint32_t polygon = 0;
   std::size_t begin = 0;  ///< of the path in the content
   std::size_t end = 0;
   std::string_view painter;  ///< the operator
+  opening open_corner = opening::none;
 };
 
 /// Polygons that follow one another, with nothing between them but what can be written again.
@@ -65,6 +70,7 @@ class run {
     std::int64_t side_reach;
     bool may_join;
     bool may_close;
+    bool shows_ends;
   };
 
   bool take_stroke(path& painted, op painter, const graphics_state& state);

@@ -11,6 +11,7 @@
 #include "pdf/content_writer.h"
 #include "pdf/likeness.h"
 #include "pdf/numbers.h"
+#include "pdf/open_corners.h"
 #include "pdf/outlines.h"
 #include "pdf/packing.h"
 #include "pdf/under.h"
@@ -54,7 +55,12 @@ stretch_text write(const painted_mesh& painted, const mesh& polygons, const stre
   for (batch& each : batches) {
     const std::uint32_t first = each.polygons[0];
     const raw_polygon* raw = each.polygons.size() == 1 ? raw_of(painted, first) : nullptr;
-    if (raw == nullptr) join(polygons, each.polygons, all);
+    if (raw == nullptr) {
+      const std::size_t begin = all.ends.size();
+      join(polygons, each.polygons, all);
+      if (painted.paints[each.paint].has_pen)
+        open_starts(painted, polygons, each.polygons, all, begin);
+    }
     joined.push_back({each.paint, raw, all.ends.size()});
   }
   batches = {};

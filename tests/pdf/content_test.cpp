@@ -79,6 +79,14 @@ TEST(content, folds_a_stroke_into_its_fill) {
   const std::string open = "0 0 m 1 0 l 1 1 l ";
   EXPECT_EQ(repaired("1 j " + open + "f " + open + "S " + second + "B       "),
             "\n1 j\n" + open + "B\n0 0 m 1 1 l 0 1 l h B\n");
+  // A corner that none closes stays open, unless round ends close it.
+  const std::string back = "0 0 m 1 1 l 0 1 l 0 0 l ";
+  EXPECT_EQ(repaired("2 j " + open + "0 0 l B " + back + "B "),
+            "\n2 j\n0 0 m 1 0 l 1 1 l 0 1 l 0 0 l B\n");
+  EXPECT_EQ(repaired("2 j 1 0 m 1 1 l 0 0 l 1 0 l B " + back + "B "),
+            "\n2 j\n1 0 m 1 1 l 0 1 l 0 0 l 1 0 l B\n");
+  EXPECT_EQ(repaired("2 j " + open + "0 0 l B " + second + "B "), "\n2 j" + joined);
+  EXPECT_EQ(repaired("1 j 1 J " + open + "0 0 l B " + back + "B "), "\n1 J\n1 j" + joined);
   // A stroke in another colour, or of another path, stays between what it covers and is covered by.
   const std::string fill = "0 0 m 1 0 l 1 1 l f\n";
   const auto between = [&](const std::string& stroke) {
