@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <random>
 
 #include "files.h"
@@ -127,6 +128,21 @@ bool has_line_between(const mesh& of, const polygon& convex, const polygon& p) {
 }
 
 }  // namespace
+
+bool run_along(const place& a, const place& b, const place& c, const place& d, double tolerance) {
+  const auto dx = static_cast<double>(b.x - a.x);
+  const auto dy = static_cast<double>(b.y - a.y);
+  const double length = std::hypot(dx, dy);
+  const auto along = [&](const place& p) {
+    return (static_cast<double>(p.x - a.x) * dx + static_cast<double>(p.y - a.y) * dy) / length;
+  };
+  const auto aside = [&](const place& p) {
+    return (static_cast<double>(p.x - a.x) * dy - static_cast<double>(p.y - a.y) * dx) / length;
+  };
+  const auto [low, high] = std::minmax({along(c), along(d)});
+  return std::abs(aside(c)) <= tolerance && std::abs(aside(d)) <= tolerance &&
+         std::min(high, length) - std::max(low, 0.0) > tolerance;
+}
 
 label places::label_of(const place& point) {
   if (2 * points_.size() >= slots_.size()) grow();

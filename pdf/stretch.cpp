@@ -14,6 +14,7 @@
 #include "pdf/open_corners.h"
 #include "pdf/outlines.h"
 #include "pdf/packing.h"
+#include "pdf/shared_corners.h"
 #include "pdf/under.h"
 
 namespace trellion::pdf {
@@ -115,9 +116,12 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   const std::int64_t tolerance = tolerance_of(painted, where, settings, scale);
   const std::optional<mesh> even = with_even_columns(painted.polygons, tolerance);
   const mesh& polygons = even ? *even : painted.polygons;
+  // Their sides move by the precision at most: what is proven of the order stays so.
+  const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
+  const mesh& outlined = meeting ? *meeting : polygons;
   const auto write_closed = [&](std::vector<batch> batches) {
-    if (settings.close == closing::under) paint_under_neighbours(polygons, batches, 5 * tolerance);
-    return write(painted, polygons, where, std::move(batches), pen, texts);
+    if (settings.close == closing::under) paint_under_neighbours(outlined, batches, 5 * tolerance);
+    return write(painted, outlined, where, std::move(batches), pen, texts);
   };
   stretch_text best = write_closed(batches_in_order(polygons));
   if (settings.reorder) {

@@ -83,23 +83,6 @@ struct lone_side {
   label to;
 };
 
-/// Whether two sides run along each other for more than the tolerance, within the tolerance. For a
-/// choice that cannot be wrong, so that doubles do.
-bool run_along(const place& a, const place& b, const place& c, const place& d, double tolerance) {
-  const auto dx = static_cast<double>(b.x - a.x);
-  const auto dy = static_cast<double>(b.y - a.y);
-  const double length = std::hypot(dx, dy);
-  const auto along = [&](const place& p) {
-    return (static_cast<double>(p.x - a.x) * dx + static_cast<double>(p.y - a.y) * dy) / length;
-  };
-  const auto aside = [&](const place& p) {
-    return (static_cast<double>(p.x - a.x) * dy - static_cast<double>(p.y - a.y) * dx) / length;
-  };
-  const auto [low, high] = std::minmax({along(c), along(d)});
-  return std::abs(aside(c)) <= tolerance && std::abs(aside(d)) <= tolerance &&
-         std::min(high, length) - std::max(low, 0.0) > tolerance;
-}
-
 bool has_side_along(const mesh& of, const polygon& p, const place& a, const place& b,
                     double tolerance) {
   const auto squared_length = [](const place& from, const place& to) {

@@ -256,8 +256,9 @@ void drawn_content::set_points() {
   const auto& [a, b, c, d, e, f] = now_.matrix;
   const double area = a * d - b * c;
   const double scale = surroundings_.scale;
-  // Both coordinates of a corner may be moved by the precision and a little more; and twice.
-  constexpr double moves = 3.5;
+  // Both coordinates of a corner may be moved by the precision and a little more, then a side by the
+  // precision; and all that twice.
+  constexpr double moves = 5.5;
   slack_ = moves * settings_.precision / scale / std::sqrt(std::abs(area)) * unit + 2;
   thin_ = 0.3 * unit / scale / std::sqrt(a * a + b * b + c * c + d * d);
   if (!(slack_ < static_cast<double>(largest))) throw not_understood();

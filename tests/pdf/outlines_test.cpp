@@ -7,6 +7,7 @@
 
 #include "meshes.h"
 #include "pdf/likeness.h"
+#include "pdf/shared_corners.h"
 
 namespace trellion::pdf::testing {
 namespace {
@@ -75,6 +76,33 @@ TEST(straight_corners, stay_where_another_outline_turns) {
   remove_straight_corners(m, all);
   EXPECT_EQ(all[0].corners.size(), 6);
   EXPECT_EQ(all[2].corners.size(), 4);
+}
+
+TEST(shared_corners, are_added_where_they_nearly_lie_on_a_side) {
+  // Above a square stand two polygons of another one, cut in two a bit beside its side.
+  const auto cut = [](std::int64_t beside, std::uint32_t paint) {
+    mesh m;
+    add_square(m, 0, 0, 0, 100);
+    add(m, paint, {{0, 100}, {50, 100 + beside}, {50, 200}, {0, 200}});
+    add(m, paint, {{50, 100 + beside}, {100, 100}, {100, 200}, {50, 200}});
+    return m;
+  };
+  for (const std::int64_t beside : {-3, 0, 3}) {
+    const auto meeting = with_shared_corners(cut(beside, 0), 3);
+    ASSERT_TRUE(meeting);
+    EXPECT_EQ(meeting->polygons.size(), 3);
+    std::vector joined = {join_all(*meeting)};
+    remove_straight_corners(*meeting, joined);
+    EXPECT_EQ(places_of(*meeting, joined[0].corners),
+              (std::vector<place>{{0, 0}, {100, 0}, {100, 200}, {0, 200}}));
+    EXPECT_EQ(joined[0].ends.size(), 1);
+  }
+  EXPECT_FALSE(with_shared_corners(cut(4, 0), 3));
+  EXPECT_FALSE(with_shared_corners(cut(3, 1), 3)) << "they are not joined";
+  mesh thin;
+  add(thin, 0, {{0, 0}, {100, 0}, {50, 2}});
+  add(thin, 0, {{0, 0}, {0, -50}, {50, -50}, {50, 2}});
+  EXPECT_FALSE(with_shared_corners(thin, 3)) << "nothing would be left of the first";
 }
 
 TEST(likeness, of_batches_that_share_sides_is_that_they_run_the_same_way) {
