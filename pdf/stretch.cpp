@@ -40,6 +40,10 @@ std::optional<line_style> closing_pen(const stretch& where, const content_settin
   return pen;
 }
 
+/// So many times the precision apart polygons are still neighbours, to be painted under: programs
+/// round to a hundredth of a point.
+constexpr std::int64_t near = 15;
+
 /// A batch when its polygons have been joined.
 struct joined_batch {
   std::uint32_t paint = 0;
@@ -120,7 +124,8 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
   const mesh& outlined = meeting ? *meeting : polygons;
   const auto write_closed = [&](std::vector<batch> batches) {
-    if (settings.close == closing::under) paint_under_neighbours(outlined, batches, 5 * tolerance);
+    if (settings.close == closing::under)
+      paint_under_neighbours(polygons, batches, near * tolerance);
     return write(painted, outlined, where, std::move(batches), pen, texts);
   };
   stretch_text best = write_closed(batches_in_order(polygons));
