@@ -98,12 +98,12 @@ void edge_index::add_changed(const std::vector<edge>& edges) {
 void edge_index::add_put_off() {
   staged_.clear();
   for (const edge e : put_off_) {
-    if (is_put_off(e)) staged_.push_back(stage(e));
+    if (!is_put_off(e)) continue;
+    record(e).indexed = false;  // it can stand there twice
+    staged_.push_back(stage(e));
   }
   put_off_.clear();
-  for (const staged_edge& staged : staged_) {
-    if (is_put_off(staged.at)) add_staged(staged);  // it can stand there twice
-  }
+  for (const staged_edge& staged : staged_) add_staged(staged);
 }
 
 /// Gets an edge ready to be added: its home slot is being fetched.
