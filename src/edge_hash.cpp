@@ -26,7 +26,8 @@ std::uint64_t folded(std::uint64_t n, std::uint64_t key) {
   return static_cast<std::uint64_t>(p) + static_cast<std::uint64_t>(p >> 64);
 }
 
-/// The mean of the extents between points that follow each other, of some of them.
+/// The mean of the extents between points that follow each other, of some of them. A few very large
+/// ones make it large: then the filter knows less, and its user does more in vain.
 std::uint64_t mean_extent(const large_array<ps_point>& points) {
   constexpr std::size_t n_samples = 256;
   const std::size_t step = points.size() / n_samples + 1;

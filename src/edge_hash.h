@@ -23,7 +23,7 @@ const hash_keys& drawn_keys();
 /// Hashes the edge between two points, whichever comes first.
 std::uint64_t edge_hash(const ps_point& a, const ps_point& b, const hash_keys& keys);
 
-/// Which edges there have been, known by their extents, lengths and slopes, and roughly by their
+/// Which edges there have been, known by how far they reach along both axes, and roughly by their
 /// places: the edges of a mesh are of few kinds in a neighbourhood. It can err: some that have
 /// never been count, too.
 class edge_filter {

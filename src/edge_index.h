@@ -44,8 +44,7 @@ class lazy_queue {
   void change_top(rank order);
   [[nodiscard]] bool empty() const { return sorted_.empty() && heap_.empty(); }
   [[nodiscard]] ranked top() const { return top_is_sorted() ? sorted_.back() : heap_.front(); }
-  /// Of those it began with the one after `n` others; what it stands for is not told when there is
-  /// none.
+  /// Of those it began with the one after `n` others; nobody when there is none.
   [[nodiscard]] ranked upcoming(std::size_t n) const {
     return n < sorted_.size() ? sorted_[sorted_.size() - 1 - n] : nobody;
   }
@@ -70,7 +69,8 @@ class lazy_queue {
 /// A slot holds an edge and, in the bits that edges of this index do not need, a part of its hash,
 /// so that most slots of other bundles are told apart without a look at their edges.
 ///
-/// 1. Every bundle that is not empty has one head, and a slot of the table, reachable from the hash
+/// 1. Every bundle that is not empty, but for those of 4, has one head, and a slot of the table,
+/// reachable from the hash
 ///    of its two points, that holds the head.
 /// 2. Slots of removed edges stay. They are no heads, so they match nothing, and are used
 ///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
@@ -82,9 +82,9 @@ class lazy_queue {
 ///    An entry of another rank, or of an empty share, is left from before. A crowd stays one when
 ///    it shrinks.
 /// 4. While one path is worked on its edges change again and again, and most of them lie like none
-///    that there is. What lies like no edge that the table has had is put off: a bundle of
-///    its own without a head or a slot, until the path is done. Only edges of the same path could
-///    miss it meanwhile, and these are no partners.
+///    that there is. What lies like no edge that the table has had is put off: a bundle of its own
+///    without a head or a slot, until the path is done. Only edges of the same path can lie like it
+///    meanwhile, and as nothing new comes into the table these are put off, too.
 class edge_index {
  public:
   /// Makes room for the edges of the store, which must outlive the index, and indexes none. What it

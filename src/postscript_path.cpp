@@ -63,6 +63,7 @@ void path_store::clear() {
   links.clear();
   paths.clear();
   boxes.clear();
+  lies_by_place = false;
 }
 
 void path_store::check_size(std::size_t n_points, std::size_t n_paths) {

@@ -51,7 +51,8 @@ class strata {
 
   explicit strata(path_store& store) : store_(&store) {}
 
-  /// The stratum for paths of `n_points` points. It stays until first_used meets it empty.
+  /// The stratum for paths of `n_points` points. The reference holds until the next call, of this
+  /// or of another: strata are made, and empty ones dropped, as they are met.
   ps_path_queue& of(std::uint32_t n_points);
   /// The least number of points, not below `n_points`, that a stratum has paths of, if there is
   /// any.

@@ -22,7 +22,9 @@ namespace {
 //
 // 1. It misses nobody. B shares an edge with P exactly when an edge of B lies like one of P, and
 //    the index holds every edge of every living path: all at the start, and whatever a merger
-//    changes afterwards. A look that finds nothing changes nothing, so none is owed.
+//    changes afterwards. Some edges of P itself wait until P is filed; they lie like none that is
+//    in the index (see edge_index.h, 4). A look that finds nothing changes nothing, so none is
+//    owed.
 // 2. It picks nobody else. A path's rank is the number of points it is filed under, then a running
 //    number, so the order of ranks is the order of looking. B has the smallest rank below n + 1.
 // 3. The paths of n points that have found no partner already are looked at only when P has merged.
@@ -38,8 +40,9 @@ namespace {
 // the points or more, and they end in a path of at least twice its size.
 //
 // While P is current only P looks, and its rank is the one it gets if it is filed under n points.
-// Filed under more, it gets a larger one; filed under fewer, all its edges are announced, and so is
-// every edge that a clean-up has changed.
+// Filed under more, it gets a larger one, also when it is taken up again at once, which needs no
+// filing; filed under fewer, all its edges are announced, and so is every edge that a clean-up has
+// changed.
 //
 // The time is that of the points, times a few logarithms, also where an edge is shared very often:
 //
@@ -70,7 +73,7 @@ class engine {
   };
 
   void report_progress();
-  [[nodiscard]] std::optional<std::uint32_t> next_stratum() const;
+  std::optional<std::uint32_t> next_stratum();
   void begin_stratum(std::uint32_t n_points);
   bool take_up();
   void move_up();
@@ -158,7 +161,7 @@ void engine::report_progress() {
 /// The number of points of the next path to be taken up: that of this stratum while there is one
 /// that has not been looked at, else of the next one that has paths. Paths that have been filed
 /// since the stratum's turn began stay.
-std::optional<std::uint32_t> engine::next_stratum() const {
+std::optional<std::uint32_t> engine::next_stratum() {
   const auto next = strata_.first_used(n_);
   const bool used_up = next == n_ && index_.rank_of(strata_.of(n_).first()) >= unmatched_from_;
   return used_up ? strata_.first_used(n_ + 1) : next;
@@ -191,7 +194,6 @@ void engine::move_up() {
     file_current();
     return;
   }
-  take_rank(n_points);
   begin_stratum(n_points);
   index_.set_rank(current_, next_rank(n_));
 }

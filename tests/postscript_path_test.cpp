@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <numeric>
+#include <vector>
 
+#include "postscript_path_queue.h"
 #include "support.h"
 #include "tokens.h"
 
@@ -148,6 +152,34 @@ TEST(path_merge, joins_rings_along_their_cursor_edges) {
   EXPECT_EQ(store.boxes[a].y_min, -1000);
   EXPECT_EQ(store.boxes[a].y_max, 3000);
   EXPECT_EQ(written(store, a), "1 1 m\n0 1 l 0 0 l 1.0 0 l 2 -1 l 2 3 l\nh f\n");
+}
+
+TEST(strata, hold_paths_of_any_number_of_points) {
+  path_store store;
+  const std::vector<std::uint32_t> sizes = {300, 4, 1'000'000, 258, 3, 259, 300, 260, 258, 4};
+  ps_path_queue queue(store);
+  for (const std::uint32_t n_points : sizes) {
+    store.paths.push_back({.n_points = n_points});
+    queue.add_after_last(static_cast<path_index>(store.paths.size() - 1));
+  }
+  strata strata = stratify(store, queue);
+  ASSERT_TRUE(queue.is_empty());
+  EXPECT_EQ(strata.first_used(5), 258U);
+  EXPECT_EQ(strata.first_used(260), 260U);
+  EXPECT_EQ(strata.first_used(1'000'001), std::nullopt);
+  EXPECT_EQ(strata.of(260).remove_head(), 7U);
+  EXPECT_EQ(strata.first_used(260), 300U);
+  strata.of(260).add_after_last(7);
+
+  captured_text ignored;
+  gather(strata, queue, ignored);
+  std::vector<path_index> order;
+  for (path_index p = queue.first(); p != no_path; p = store.paths[p].next_path) order.push_back(p);
+  std::vector<path_index> expected(sizes.size());
+  std::iota(expected.begin(), expected.end(), 0);
+  std::ranges::stable_sort(expected, {}, [&](path_index p) { return sizes[p]; });
+  EXPECT_EQ(order, expected);
+  EXPECT_EQ(queue.total_points(), std::accumulate(sizes.begin(), sizes.end(), std::int64_t{0}));
 }
 
 }  // namespace
