@@ -71,7 +71,7 @@ std::string program_for(const std::string& file, const std::vector<drawing_style
     program += set_up.data();
     program += '(' + file + ") run clear cleardictstack //trellion-kept 0 get restore\n";
   }
-  program += "} bind exec";
+  program += "} bind currentdict /trellion-kept undef currentdict /trellion-random undef exec";
   return program;
 }
 

@@ -129,7 +129,8 @@ bool has_line_between(const mesh& of, const polygon& convex, const polygon& p) {
 
 }  // namespace
 
-bool run_along(const place& a, const place& b, const place& c, const place& d, double tolerance) {
+bool run_along(const place& a, const place& b, const place& c, const place& d, double distance,
+               double least) {
   const auto dx = static_cast<double>(b.x - a.x);
   const auto dy = static_cast<double>(b.y - a.y);
   const double length = std::hypot(dx, dy);
@@ -140,8 +141,8 @@ bool run_along(const place& a, const place& b, const place& c, const place& d, d
     return (static_cast<double>(p.x - a.x) * dy - static_cast<double>(p.y - a.y) * dx) / length;
   };
   const auto [low, high] = std::minmax({along(c), along(d)});
-  return std::abs(aside(c)) <= tolerance && std::abs(aside(d)) <= tolerance &&
-         std::min(high, length) - std::max(low, 0.0) > tolerance;
+  return std::abs(aside(c)) <= distance && std::abs(aside(d)) <= distance &&
+         std::min(high, length) - std::max(low, 0.0) > least;
 }
 
 label places::label_of(const place& point) {

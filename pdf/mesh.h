@@ -31,9 +31,10 @@ inline bool is_straight(const place& a, const place& b, const place& c) {
          doubled_area{b.x - a.x} * (c.x - b.x) + doubled_area{b.y - a.y} * (c.y - b.y) > 0;
 }
 
-/// Whether the sides from a to b and from c to d run along each other for more than the tolerance,
-/// within the tolerance of the first. For choices that cannot be wrong, as doubles do.
-bool run_along(const place& a, const place& b, const place& c, const place& d, double tolerance);
+/// Whether the sides from a to b and from c to d run along each other for more than `least`, no
+/// farther from the first than `distance`. For choices that cannot be wrong, as doubles do.
+bool run_along(const place& a, const place& b, const place& c, const place& d, double distance,
+               double least);
 
 /// Stands for one exact place. Below max_labels, so that a bit is left for those who need one.
 using label = std::uint32_t;

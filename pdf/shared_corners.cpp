@@ -120,7 +120,7 @@ void finder::look_at(std::uint32_t other, const place& a, const place& b) {
     const place& c = of_.points[from];
     const place& d = of_.points[to];
     const double back = static_cast<double>(d.x - c.x) * dx + static_cast<double>(d.y - c.y) * dy;
-    if (back >= 0 || !run_along(a, b, c, d, tolerance) || !is_lone(from, to)) return;
+    if (back >= 0 || !run_along(a, b, c, d, tolerance, tolerance) || !is_lone(from, to)) return;
     for (const label end : {from, to}) {
       const place& at = of_.points[end];
       const double along =

@@ -40,10 +40,6 @@ std::optional<line_style> closing_pen(const stretch& where, const content_settin
   return pen;
 }
 
-/// So many times the precision apart polygons are still neighbours, to be painted under: programs
-/// round to a hundredth of a point.
-constexpr std::int64_t near = 15;
-
 /// A batch when its polygons have been joined.
 struct joined_batch {
   std::uint32_t paint = 0;
@@ -98,11 +94,11 @@ stretch_text write(const painted_mesh& painted, const mesh& polygons, const stre
   return result;
 }
 
-/// The precision asked for, in the units of places.
-std::int64_t tolerance_of(const painted_mesh& painted, const stretch& where,
-                          const content_settings& settings, double scale) {
+/// So many points of the page in the units of places; 0 when there are too many.
+std::int64_t in_units(double points, const painted_mesh& painted, const stretch& where,
+                      double scale) {
   const double on_page = largest_scale(where.before.matrix) * scale;
-  const double units = settings.precision / on_page * std::pow(10.0, painted.digits);
+  const double units = points / on_page * std::pow(10.0, painted.digits);
   return units < static_cast<double>(max_coordinate) ? static_cast<std::int64_t>(units) : 0;
 }
 
@@ -117,24 +113,29 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
                                            const content_settings& settings, double scale,
                                            text_table& texts) {
   const std::optional<line_style> pen = closing_pen(where, settings, scale, texts);
-  const std::int64_t tolerance = tolerance_of(painted, where, settings, scale);
+  const std::int64_t tolerance = in_units(settings.precision, painted, where, scale);
+  // Programs round to hundredths of a point: so far apart cells are neighbours all the same.
+  const std::int64_t gap = in_units(0.015, painted, where, scale);
+  const nearness near = {std::max(5 * tolerance, gap), tolerance};
   const std::optional<mesh> even = with_even_columns(painted.polygons, tolerance);
   const mesh& polygons = even ? *even : painted.polygons;
   // Their sides move by the precision at most: what is proven of the order stays so.
   const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
-  const mesh& outlined = meeting ? *meeting : polygons;
-  const auto write_closed = [&](std::vector<batch> batches) {
-    if (settings.close == closing::under)
-      paint_under_neighbours(polygons, batches, near * tolerance);
-    return write(painted, outlined, where, std::move(batches), pen, texts);
+  std::optional<stretch_text> best;
+  const auto try_batches = [&](const std::vector<batch>& batches, const mesh& outlined) {
+    stretch_text text = write(painted, outlined, where, batches, pen, texts);
+    if (!best || is_smaller(text.text, best->text)) best = std::move(text);
   };
-  stretch_text best = write_closed(batches_in_order(polygons));
-  if (settings.reorder) {
-    // What is brought together is not always worth that neighbours no longer stand together.
-    stretch_text other = write_closed(batches_by_paint(polygons));
-    if (is_smaller(other.text, best.text)) best = std::move(other);
-  }
-  if (settings.close == closing::none && best.text.size() >= where.end - where.begin)
+  const auto try_all = [&](std::vector<batch> batches) {
+    if (settings.close == closing::under) paint_under_neighbours(polygons, batches, near);
+    try_batches(batches, meeting ? *meeting : polygons);
+    // More corners can take more room than fewer outlines save. They also leave fewer gaps.
+    if (meeting && settings.close == closing::none) try_batches(batches, polygons);
+  };
+  try_all(batches_in_order(polygons));
+  // What is brought together is not always worth that neighbours no longer stand together.
+  if (settings.reorder) try_all(batches_by_paint(polygons));
+  if (settings.close == closing::none && best->text.size() >= where.end - where.begin)
     return std::nullopt;
   return best;
 }

@@ -84,7 +84,9 @@ struct lone_side {
 };
 
 bool has_side_along(const mesh& of, const polygon& p, const place& a, const place& b,
-                    double tolerance) {
+                    const nearness& near) {
+  const auto distance = static_cast<double>(near.distance);
+  const auto least = static_cast<double>(near.least);
   const auto squared_length = [](const place& from, const place& to) {
     const auto x = static_cast<double>(to.x - from.x);
     const auto y = static_cast<double>(to.y - from.y);
@@ -96,8 +98,8 @@ bool has_side_along(const mesh& of, const polygon& p, const place& a, const plac
   return std::ranges::any_of(corners, [&](label corner) {
     const place c = std::exchange(from, of.points[corner]);
     const place& d = of.points[corner];
-    return squared_length(c, d) > length ? run_along(c, d, a, b, tolerance)
-                                         : run_along(a, b, c, d, tolerance);
+    return squared_length(c, d) > length ? run_along(c, d, a, b, distance, least)
+                                         : run_along(a, b, c, d, distance, least);
   });
 }
 
@@ -111,24 +113,25 @@ struct lone_findings {
 constexpr std::uint32_t many_corners = 256;
 
 lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
-                         std::span<const std::uint32_t> batch_of, std::int64_t tolerance) {
+                         std::span<const std::uint32_t> batch_of, const nearness& near) {
   lone_findings result;
   result.at_rim.resize(of.polygons.size());
   if (lone.empty()) return result;
   const overlaps search(of);
-  std::vector<std::uint32_t> near;
+  std::vector<std::uint32_t> around;
   for (const lone_side& each : lone) {
     const place& a = of.points[each.from];
     const place& b = of.points[each.to];
-    const box around = {{std::min(a.x, b.x) - tolerance, std::min(a.y, b.y) - tolerance},
-                        {std::max(a.x, b.x) + tolerance, std::max(a.y, b.y) + tolerance}};
-    near.clear();
-    search.add_near(around, near);
+    const std::int64_t margin = near.distance;
+    around.clear();
+    search.add_near({{std::min(a.x, b.x) - margin, std::min(a.y, b.y) - margin},
+                     {std::max(a.x, b.x) + margin, std::max(a.y, b.y) + margin}},
+                    around);
     bool is_rim = true;
-    for (const std::uint32_t p : near) {
+    for (const std::uint32_t p : around) {
       const polygon& other = of.polygons[p];
       if (p == each.polygon || other.form == shape::other || other.n_corners > many_corners ||
-          !has_side_along(of, other, a, b, static_cast<double>(tolerance))) {
+          !has_side_along(of, other, a, b, near)) {
         continue;
       }
       is_rim = false;
@@ -141,7 +144,7 @@ lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
 
 }  // namespace
 
-void paint_under_neighbours(const mesh& of, std::span<batch> batches, std::int64_t tolerance) {
+void paint_under_neighbours(const mesh& of, std::span<batch> batches, const nearness& near) {
   std::vector<std::uint32_t> batch_of(of.polygons.size());
   for (std::uint32_t b = 0; b < batches.size(); ++b) {
     for (const std::uint32_t p : batches[b].polygons) batch_of[p] = b;
@@ -171,7 +174,7 @@ void paint_under_neighbours(const mesh& of, std::span<batch> batches, std::int64
       last = last_here;
     }
   });
-  const lone_findings found = look_along(of, lone, batch_of, tolerance);
+  const lone_findings found = look_along(of, lone, batch_of, near);
   added.insert(added.end(), found.beside.begin(), found.beside.end());
   sort_keys(added);
   added.erase(std::unique(added.begin(), added.end()), added.end());

@@ -8,6 +8,12 @@
 
 namespace trellion::pdf {
 
+/// What counts as beside each other where sides are not shared, in the units of places.
+struct nearness {
+  std::int64_t distance;  ///< no farther apart
+  std::int64_t least;     ///< and for more than this along each other
+};
+
 /// Adds to each batch the polygons of later ones beside its own, one ring wide, so that its colour
 /// also lies under them: where viewers smooth the common side, what neither covers shows a colour
 /// of the mesh, not the paper's.
@@ -19,7 +25,7 @@ namespace trellion::pdf {
 /// rim of the mesh: a pixel that they half cover would be painted twice. The time is near-linear.
 ///
 /// Beside a side are those that share it. Where nobody does, as where a side meets two shorter
-/// ones, they are those that have a side along it, no further away than the tolerance.
-void paint_under_neighbours(const mesh& of, std::span<batch> batches, std::int64_t tolerance);
+/// ones, they are those that have a side along it, as near as told.
+void paint_under_neighbours(const mesh& of, std::span<batch> batches, const nearness& near);
 
 }  // namespace trellion::pdf

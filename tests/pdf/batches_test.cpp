@@ -101,7 +101,7 @@ TEST(batches, show_the_same_whatever_is_joined_moved_or_painted_under) {
     n_in_order += in_order.size();
     n_by_paint += by_paint.size();
     for (std::vector<batch>* batches : {&in_order, &by_paint}) {
-      paint_under_neighbours(m, *batches, 10);
+      paint_under_neighbours(m, *batches, {10, 10});
       n_under += polygons_of(*batches).size() - m.polygons.size();
       ASSERT_EQ(picture_of(m, *batches), before);
     }
@@ -157,7 +157,7 @@ TEST(under, does_not_reach_what_covers_a_batch_later) {
     add_square(m, paint, 1, 0);
   }
   std::vector<batch> batches = batches_in_order(m);
-  paint_under_neighbours(m, batches, 0);
+  paint_under_neighbours(m, batches, {0, 0});
   EXPECT_EQ(batches.at(0).polygons, (std::vector<std::uint32_t>{0, 1}));
 }
 
@@ -171,7 +171,7 @@ TEST(under, puts_a_colour_below_later_neighbours_inside_of_the_mesh) {
   }
   std::vector<batch> batches = batches_by_paint(m);
   ASSERT_EQ(batches.at(0).polygons, (std::vector<std::uint32_t>{0}));
-  paint_under_neighbours(m, batches, 0);
+  paint_under_neighbours(m, batches, {0, 0});
   EXPECT_EQ(batches[0].polygons, (std::vector<std::uint32_t>{0, 8, 12, 13, 17}));
 }
 
