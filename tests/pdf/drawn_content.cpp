@@ -256,8 +256,8 @@ void drawn_content::set_points() {
   const auto& [a, b, c, d, e, f] = now_.matrix;
   const double area = a * d - b * c;
   const double scale = surroundings_.scale;
-  // Both coordinates of a corner may be moved by the precision and a little more, then a side by the
-  // precision; and all that twice.
+  // Both coordinates of a corner may be moved by the precision and a little more, then a side by
+  // the precision; and all that twice.
   constexpr double moves = 5.5;
   slack_ = moves * settings_.precision / scale / std::sqrt(std::abs(area)) * unit + 2;
   thin_ = 0.3 * unit / scale / std::sqrt(a * a + b * b + c * c + d * d);
