@@ -34,7 +34,7 @@ std::uint64_t mean_extent(const large_array<ps_point>& points) {
   std::uint64_t sum = 0;
   std::uint64_t n = 1;
   for (std::size_t i = 1; i < points.size(); i += step, ++n) {
-    for (const std::size_t axis : {0, 1}) {
+    for (std::size_t axis = 0; axis < 2; ++axis) {
       const std::int64_t from = points[i - 1].coords[axis];
       sum += static_cast<std::uint64_t>(std::abs(points[i].coords[axis] - from));
     }
