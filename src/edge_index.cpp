@@ -80,8 +80,6 @@ std::uint64_t edge_index::hash(edge e) const {
   return edge_hash(store_.points[e], store_.points[store_.next(e)], keys_);
 }
 
-void edge_index::add(edge e) { add_staged(stage(e)); }
-
 void edge_index::add_changed(const std::vector<edge>& edges) {
   staged_.clear();
   for (const edge e : edges) {

@@ -70,8 +70,7 @@ class lazy_queue {
 /// so that most slots of other bundles are told apart without a look at their edges.
 ///
 /// 1. Every bundle that is not empty, but for those of 4, has one head, and a slot of the table,
-/// reachable from the hash
-///    of its two points, that holds the head.
+///    reachable from the hash of its two points, that holds the head.
 /// 2. Slots of removed edges stay. They are no heads, so they match nothing, and are used
 ///    again or left out when the table is rebuilt. A slot whose edge has become the head of another
 ///    bundle in the meantime does no harm: what it holds is compared with what is looked for. So an
@@ -109,9 +108,8 @@ class edge_index {
     record(e).owner = path & edge_record::no_owner;
   }
 
-  /// Indexes an edge, where its two points are now. It must not be indexed.
-  void add(edge e);
-  /// Does that to edges of the path that is being worked on. Some may be put off.
+  /// Indexes edges of the path that is being worked on, where their points are now. They must not
+  /// be indexed. Some may be put off.
   void add_changed(const std::vector<edge>& edges);
   /// Indexes what has been put off: before another path looks, or changes its edges.
   void add_put_off();
