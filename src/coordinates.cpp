@@ -60,7 +60,7 @@ std::int64_t common_thousandths(std::uint64_t word) {
   digits = ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
             (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
            32;
-  constexpr std::array<std::int64_t, 4> unit = {1000, 100, 10, 1};
+  static constexpr std::array<std::int64_t, 4> unit = {1000, 100, 10, 1};
   const std::int64_t value = static_cast<std::int64_t>(digits) * unit[decimals];
   if (value > INT32_MAX) return not_common;
   return negative ? -value : value;
@@ -82,7 +82,7 @@ coordinate coordinate_at(const char* text, const char* end) {
   if (number.n_digits == 0) return {0, coordinate_fault::no_value};
   // The value is digits over a power of ten, both exact, so the quotient is the correctly rounded
   // double. With up to three decimals the thousandths are whole, and rounding gives just them.
-  constexpr std::array<double, 8> power_of_ten = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+  static constexpr std::array<double, 8> power_of_ten = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
   const double value = static_cast<double>(number.digits) / power_of_ten[number.decimals];
   // The half is added to the double, whatever that does to its last bit.
   const auto rounded =

@@ -11,7 +11,12 @@ constexpr auto later = [](const ranked& a, const ranked& b) { return a.order > b
 }  // namespace
 
 lazy_queue::lazy_queue(large_array<ranked> entries) : sorted_(std::move(entries)) {
-  std::ranges::sort(sorted_, later);
+  // A large outline mostly goes along its neighbours as they were drawn.
+  if (std::ranges::is_sorted(sorted_, {}, &ranked::order)) {
+    std::ranges::reverse(sorted_);
+  } else {
+    std::ranges::sort(sorted_, later);
+  }
 }
 
 void lazy_queue::push(ranked entry) {

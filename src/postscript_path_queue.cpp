@@ -77,27 +77,25 @@ void ps_path_queue::output(const path_operators& operators, text_writer& out) co
   }
 }
 
-ps_path_queue& strata::of(std::uint32_t n_points) {
+ps_path_queue& strata::made_for(std::uint32_t n_points) {
   constexpr std::size_t few = 256;
   const std::size_t position = n_points - min_points;
   if (position >= few) return high_.try_emplace(n_points, *store_).first->second;
-  if (position >= low_.size()) low_.resize(position + 1, ps_path_queue(*store_));
+  low_.resize(position + 1, ps_path_queue(*store_));
   return low_[position];
 }
 
-std::optional<std::uint32_t> strata::first_used(std::uint32_t n_points) {
-  for (std::size_t i = n_points - min_points; i < low_.size(); ++i) {
-    if (!low_[i].is_empty()) return min_points + static_cast<std::uint32_t>(i);
-  }
+std::uint32_t strata::first_used_of_many(std::uint32_t n_points) {
   auto found = high_.lower_bound(n_points);
   while (found != high_.end() && found->second.is_empty()) found = high_.erase(found);
-  if (found == high_.end()) return std::nullopt;
-  return found->first;
+  return found == high_.end() ? none : found->first;
 }
 
 std::vector<ps_path_queue> strata::used() {
   std::vector<ps_path_queue> queues;
-  for (auto n = first_used(min_points); n; n = first_used(*n + 1)) queues.push_back(of(*n));
+  for (auto n = first_used(min_points); n != none; n = first_used(n + 1)) {
+    queues.push_back(of(n));
+  }
   return queues;
 }
 
@@ -150,9 +148,8 @@ strata stratify(path_store& store, ps_path_queue& queue) {
 
 void gather(strata& strata, ps_path_queue& queue, text_writer& console) {
   console.put("  Gathering ... ").flush();
-  for (auto n = strata.first_used(strata::min_points); n; n = strata.first_used(*n)) {
-    queue.append(strata.of(*n));
-  }
+  std::uint32_t n = strata.first_used(strata::min_points);
+  for (; n != strata::none; n = strata.first_used(n)) queue.append(strata.of(n));
   console.put(integer_field(queue.total_points(), 8)).put(" points in ");
   console.put(integer_field(queue.n_paths(), 8)).put(" paths.").put(nl);
 }

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <vector>
 
 #include "postscript_path.h"
@@ -48,19 +47,30 @@ class ps_path_queue {
 class strata {
  public:
   static constexpr std::uint32_t min_points = 3;
+  static constexpr std::uint32_t none = UINT32_MAX;  ///< more points than any path has
 
   explicit strata(path_store& store) : store_(&store) {}
 
   /// The stratum for paths of `n_points` points. The reference holds until the next call, of this
   /// or of another: strata are made, and empty ones dropped, as they are met.
-  ps_path_queue& of(std::uint32_t n_points);
-  /// The least number of points, not below `n_points`, that a stratum has paths of, if there is
-  /// any.
-  std::optional<std::uint32_t> first_used(std::uint32_t n_points);
+  ps_path_queue& of(std::uint32_t n_points) {
+    const std::size_t position = n_points - min_points;
+    return position < low_.size() ? low_[position] : made_for(n_points);
+  }
+  /// The least number of points, not below `n_points`, that a stratum has paths of, or `none`.
+  std::uint32_t first_used(std::uint32_t n_points) {
+    for (std::size_t i = n_points - min_points; i < low_.size(); ++i) {
+      if (!low_[i].is_empty()) return min_points + static_cast<std::uint32_t>(i);
+    }
+    return high_.empty() ? none : first_used_of_many(n_points);
+  }
   /// Those that have paths, fewest points first.
   std::vector<ps_path_queue> used();
 
  private:
+  ps_path_queue& made_for(std::uint32_t n_points);
+  std::uint32_t first_used_of_many(std::uint32_t n_points);
+
   path_store* store_;
   std::vector<ps_path_queue> low_;               // of few points: mostly used
   std::map<std::uint32_t, ps_path_queue> high_;  // of many: an outline can go through millions

@@ -33,6 +33,18 @@ class byte_block {
   [[nodiscard]] std::uint64_t any_of() const {
     return mask([](__m128i part) { return (_mm_cmpeq_epi8(part, _mm_set1_epi8(Chars)) | ...); });
   }
+  /// False when no byte is a CR or a brace, and mostly then: few texts hold any other byte from the
+  /// braces on. It takes less than to look for each.
+  [[nodiscard]] bool may_hold_return_or_brace() const {
+    const auto is_return = [](__m128i part) { return _mm_cmpeq_epi8(part, _mm_set1_epi8('\r')); };
+    const __m128i first_brace = _mm_set1_epi8('{');
+    const __m128i largest =
+        _mm_max_epu8(_mm_max_epu8(parts_[0], parts_[1]), _mm_max_epu8(parts_[2], parts_[3]));
+    const __m128i found = _mm_cmpeq_epi8(_mm_max_epu8(largest, first_brace), largest) |
+                          is_return(parts_[0]) | is_return(parts_[1]) | is_return(parts_[2]) |
+                          is_return(parts_[3]);
+    return _mm_movemask_epi8(found) != 0;
+  }
   [[nodiscard]] std::uint64_t digits() const {
     return mask([](__m128i part) {
       const __m128i value = _mm_sub_epi8(part, _mm_set1_epi8('0'));
@@ -76,9 +88,10 @@ token_marks mark_tokens(const char* text, const char* end) {
   }
   const byte_block block(is_short ? padded.data() : text);
   const std::uint64_t feeds = block.any_of<'\n'>();
-  const std::uint64_t breaks = block.any_of<' ', '\n', '\r', '{', '}'>();
-  const std::uint64_t others = block.any_of<'\r', '{', '}'>();
+  const bool is_usual = !block.may_hold_return_or_brace();
+  const std::uint64_t others = is_usual ? 0 : block.any_of<'\r', '{', '}'>();
   const std::uint64_t returns = others != 0 ? block.any_of<'\r'>() : 0;
+  const std::uint64_t breaks = block.any_of<' '>() | feeds | others;
   const std::uint64_t digits = block.digits();
   const std::uint64_t points = block.any_of<'.'>();
   const std::uint64_t minuses = block.any_of<'-'>();

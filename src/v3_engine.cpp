@@ -73,7 +73,7 @@ class engine {
   };
 
   void report_progress();
-  std::optional<std::uint32_t> next_stratum();
+  std::uint32_t next_stratum();
   void begin_stratum(std::uint32_t n_points);
   bool take_up();
   void move_up();
@@ -124,9 +124,10 @@ engine::engine(path_store& store, strata& strata, std::int32_t merge_limit, text
       index_(store, sizes.crowd),
       cleanup_(store, index_),
       large_(store, index_, sizes.patience) {
-  for (auto n = strata.first_used(strata::min_points); n; n = strata.first_used(*n + 1)) {
-    for (path_index p = strata.of(*n).first(); p != no_path; p = store.paths[p].next_path) {
-      index_.set_rank(p, take_rank(*n));
+  std::uint32_t n = strata.first_used(strata::min_points);
+  for (; n != strata::none; n = strata.first_used(n + 1)) {
+    for (path_index p = strata.of(n).first(); p != no_path; p = store.paths[p].next_path) {
+      index_.set_rank(p, take_rank(n));
     }
   }
   index_.add_all();
@@ -161,8 +162,8 @@ void engine::report_progress() {
 /// The number of points of the next path to be taken up: that of this stratum while there is one
 /// that has not been looked at, else of the next one that has paths. Paths that have been filed
 /// since the stratum's turn began stay.
-std::optional<std::uint32_t> engine::next_stratum() {
-  const auto next = strata_.first_used(n_);
+std::uint32_t engine::next_stratum() {
+  const std::uint32_t next = strata_.first_used(n_);
   const bool used_up = next == n_ && index_.rank_of(strata_.of(n_).first()) >= unmatched_from_;
   return used_up ? strata_.first_used(n_ + 1) : next;
 }
@@ -174,11 +175,11 @@ void engine::begin_stratum(std::uint32_t n_points) {
 
 /// False when there are no more paths, or those that are left are beyond the merge limit.
 bool engine::take_up() {
-  const auto next = next_stratum();
-  if (!next) return false;
-  if (*next > n_) {
-    if (*next > merge_limit_) return false;
-    begin_stratum(*next);
+  const std::uint32_t next = next_stratum();
+  if (next == strata::none) return false;
+  if (next > n_) {
+    if (next > merge_limit_) return false;
+    begin_stratum(next);
   }
   current_ = strata_.of(n_).remove_head();
   index_.set_rank(current_, next_rank(n_));
@@ -189,8 +190,7 @@ bool engine::take_up() {
 /// Files the current path, which has got more points, unless it would be the next to be taken up.
 void engine::move_up() {
   const std::uint32_t n_points = store_.paths[current_].n_points;
-  const auto next = next_stratum();
-  if ((next && *next <= n_points) || n_points > merge_limit_) {
+  if (next_stratum() <= n_points || n_points > merge_limit_) {
     file_current();
     return;
   }

@@ -29,7 +29,11 @@ void add_vertex(polygon_group& group, const char* x, const char* y) {
     const std::size_t most = vertices.size() + left / short_vertex + 1;
     vertices.reserve(vertices.empty() ? std::min(usual, most) : most);
   }
-  vertices.push_back({{at_x.thousandths, at_y.thousandths}, x});
+  // Written where it is to be: a copy made elsewhere would be read as a whole, and had to wait for
+  // its parts.
+  ps_point& vertex = vertices.emplace_back();
+  vertex.coords = {at_x.thousandths, at_y.thousandths};
+  vertex.text = x;
 }
 
 /// Takes the plain polygons of a run into its group.

@@ -111,7 +111,7 @@ void engine::report_progress() {
 /// when there is none, or its paths are beyond the merge limit.
 bool engine::next_stratum(std::int32_t merge_limit) {
   strata_.of(n_).append(unmatched_);
-  if (!strata_.first_used(n_ + 1)) return false;
+  if (strata_.first_used(n_ + 1) == strata::none) return false;
   ++n_;
   return merge_limit < 1 || n_ <= static_cast<std::uint32_t>(merge_limit);
 }

@@ -166,7 +166,7 @@ TEST(strata, hold_paths_of_any_number_of_points) {
   ASSERT_TRUE(queue.is_empty());
   EXPECT_EQ(strata.first_used(5), 258U);
   EXPECT_EQ(strata.first_used(260), 260U);
-  EXPECT_EQ(strata.first_used(1'000'001), std::nullopt);
+  EXPECT_EQ(strata.first_used(1'000'001), strata::none);
   EXPECT_EQ(strata.of(260).remove_head(), 7U);
   EXPECT_EQ(strata.first_used(260), 300U);
   strata.of(260).add_after_last(7);

@@ -64,8 +64,9 @@ void draw_group(polygon_group& group, path_store& store, text_writer& console) {
   };
   draw();
   std::int64_t n_paths = count_paths(strata);
-  for (auto n = strata.first_used(strata::min_points); n; n = strata.first_used(*n + 1)) {
-    v3_process(store, strata, static_cast<std::int32_t>(*n), progress);
+  std::uint32_t n = strata.first_used(strata::min_points);
+  for (; n != strata::none; n = strata.first_used(n + 1)) {
+    v3_process(store, strata, static_cast<std::int32_t>(n), progress);
     if (count_paths(strata) != n_paths) draw();
     n_paths = count_paths(strata);
   }
