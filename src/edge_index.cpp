@@ -298,17 +298,21 @@ void edge_index::enter_share(edge e, crowd_id id, path_index path) {
 /// The share of a path in a crowd, an empty one when it has none yet.
 edge_index::share_number edge_index::share_of(crowd_id id, path_index path) {
   const auto next = static_cast<share_number>(shares_.size());
-  share_number& first = first_share_[path];
-  if (first == no_share) {
-    first = next;
-  } else if (shares_[first].crowd == id) {
-    return first;
+  constexpr int few = 4;
+  int n_looked_at = 0;
+  share_number* own = &first_share_[path];
+  for (; n_looked_at < few && *own != no_share; ++n_looked_at) {
+    if (shares_[*own].crowd == id) return *own;
+    own = &shares_[*own].next_of_path;
+  }
+  if (n_looked_at < few) {
+    *own = next;
   } else {
     const std::uint64_t key = std::uint64_t{id} << 32 | path;
     const auto [found, added] = more_shares_.try_emplace(key, next);
     if (!added) return found->second;
   }
-  shares_.push_back({nobody.order, path, id, 0});
+  shares_.push_back({nobody.order, path, id});
   return next;
 }
 
