@@ -17,6 +17,7 @@ namespace trellion::batch {
 namespace {
 
 constexpr int time_to_end_group = 2000;  // milliseconds
+constexpr int output_ahead = 1 << 20;    // bytes
 
 std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -91,6 +92,8 @@ child::child(const std::vector<std::string>& command, const std::filesystem::pat
     : output_(make_pipe()), messages_(make_pipe()), lifeline_(make_connection()) {
   const file_descriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (nothing.get() < 0) throw system_failure("open", "/dev/null", errno);
+  // Drawings are large: we are woken less often. Where that is refused it takes a little longer.
+  ::fcntl(output_.write.get(), F_SETPIPE_SZ, output_ahead);
   spawn_plan plan(inherited.signal_mask);
   // In this order: none of ours is below 3, since the standard streams are open.
   plan.give(nothing, STDIN_FILENO);

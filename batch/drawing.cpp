@@ -37,6 +37,10 @@ std::string option(const char* name, double value) {
 constexpr const char* centre_sampled =
     "<< /Install { systemdict /.setfilladjust2 known { 0 0 .setfilladjust2 } if } >> setpagedevice";
 
+/// Ghostscript starts without a look at its memory, in which all is new (-dNOGC); from then on it
+/// frees what is no longer used, as it does otherwise.
+constexpr const char* free_memory = "0 vmreclaim ";
+
 /// Files are not to be filled with pages.
 constexpr const char* one_page_only =
     "<< /BeginPage { 1 gt { /several-pages cvx exec } if } >> setpagedevice";
@@ -49,31 +53,61 @@ constexpr std::size_t max_drawing = 3 * max_pixels + 4096;
 
 int bits_of(antialiasing smooth) { return smooth == antialiasing::on ? 4 : 1; }
 
+constexpr const char* max_bitmap = "200000000";
+
 /// The options of drawings, whatever their style.
 void add_device(std::vector<std::string>& command) {
-  command.insert(command.end(), {"-sDEVICE=ppmraw", "-dMaxBitmap=200000000", "-sOutputFile=-"});
+  command.insert(command.end(),
+                 {"-sDEVICE=ppmraw", std::string("-dMaxBitmap=") + max_bitmap, "-sOutputFile=-"});
 }
 
-/// PostScript that draws a file in styles, each time as when Ghostscript has just started with that
-/// style. What a file leaves behind, in global memory, too, the outermost restore takes back, and
-/// the sequence of random numbers begins anew. All that is bound before the file is run, and a file
-/// has no name for what is kept for it.
-std::string program_for(const std::string& file, const std::vector<drawing_style>& styles) {
-  std::string program = "/trellion-kept 1 array def /trellion-random rrand def { ";
-  for (const auto& [dpi, smooth] : styles) {
-    std::array<char, 160> set_up{};
-    // As Ghostscript starts: lines move to the pixels where those are large.
-    std::snprintf(set_up.data(), set_up.size(),
-                  "<< /HWResolution [%.6g %.6g] /TextAlphaBits %d /GraphicsAlphaBits %d >> "
-                  "setpagedevice %s setstrokeadjust initgraphics ",
-                  dpi, dpi, bits_of(smooth), bits_of(smooth), dpi < 150 ? "true" : "false");
-    program += "//trellion-kept 0 save put //trellion-random srand ";
-    program += set_up.data();
-    program += '(' + file + ") run clear cleardictstack //trellion-kept 0 get restore\n";
-  }
-  program += "} bind currentdict /trellion-kept undef currentdict /trellion-random undef exec";
-  return program;
+/// Those of PDF.
+void add_pdf_device(const std::string& pdf, std::vector<std::string>& command) {
+  command.insert(command.end(), {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None",
+                                 "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
+                                 "-dDownsampleMonoImages=false", "-dAutoFilterColorImages=false",
+                                 "-dAutoFilterGrayImages=false", "-dColorImageFilter=/FlateEncode",
+                                 "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + pdf});
 }
+
+/// PostScript that goes over from PDF to drawings.
+std::string change_device(const page_frame& frame) {
+  return std::string("mark /OutputFile (-) /MaxBitmap ") + max_bitmap + " /PageSize [" +
+         std::to_string(frame.width) + ' ' + std::to_string(frame.height) +
+         "] (ppmraw) finddevice putdeviceprops setdevice\n";
+}
+
+std::string set_up(const drawing_style& style) {
+  std::array<char, 160> program{};
+  const int bits = bits_of(style.smooth);
+  // As Ghostscript starts: lines move to the pixels where those are large.
+  std::snprintf(program.data(), program.size(),
+                "<< /HWResolution [%.6g %.6g] /TextAlphaBits %d /GraphicsAlphaBits %d >> "
+                "setpagedevice %s setstrokeadjust initgraphics",
+                style.dpi, style.dpi, bits, bits, style.dpi < 150 ? "true" : "false");
+  return program.data();
+}
+
+/// PostScript that runs files, after some of ours for each, every time as when Ghostscript has just
+/// started. What a file leaves behind, in global memory, too, the outermost restore takes back, and
+/// the sequence of random numbers begins anew. All that is bound before the first file is run, and
+/// a file has no name for what is kept for it.
+class clean_runs {
+ public:
+  void add(const std::string& before, const std::string& file) {
+    runs_ += "//trellion-kept 0 save put //trellion-random srand " + before + " (" + file +
+             ") run clear cleardictstack //trellion-kept 0 get restore\n";
+  }
+  void add_between(const std::string& program) { runs_ += program; }
+  [[nodiscard]] std::string program() const {
+    return free_memory +
+           ("/trellion-kept 1 array def /trellion-random rrand def { " + runs_ +
+            "} bind currentdict /trellion-kept undef currentdict /trellion-random undef exec");
+  }
+
+ private:
+  std::string runs_;
+};
 
 bool ignore_output(std::string_view /*bytes*/) { return true; }
 
@@ -147,11 +181,12 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
   add_device(command);
   command.insert(command.end(),
                  {option("-r", dpi), "-dTextAlphaBits=" + bits, "-dGraphicsAlphaBits=" + bits});
-  if (page.is_pdf()) command.insert(command.end(), {"-c", centre_sampled, "-f"});
-  command.push_back(named(file));
+  command.insert(command.end(), {"-c", free_memory});
+  if (page.is_pdf()) command.push_back(centre_sampled);
+  command.insert(command.end(), {"-f", named(file)});
   try {
     ppm_reader reader(1, max_pixels);
-    const child_result ended = run_into(reader, 1, command);
+    const child_result ended = run_into(reader, 1, command, drawing_file_size);
     if (!ended.succeeded()) throw_failure(command, ended);
     return std::move(reader.pages().front());
   } catch (const second_page&) {
@@ -162,18 +197,33 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
 }
 
 std::optional<std::vector<pixmap>> drawing_programs::draw_together(
-    const fs::path& eps, const page_frame& frame, const std::vector<drawing_style>& styles) const {
+    const std::vector<styled_file>& files, const page_frame& frame,
+    const fs::path& pdf_of_first) const {
+  const bool with_pdf = !pdf_of_first.empty();
   std::vector<std::string> command = ghostscript(frame);
-  add_device(command);
-  const std::string file = named(eps);
+  clean_runs runs;
+  std::uint64_t file_size = drawing_file_size;
+  if (with_pdf) {
+    add_pdf_device(named(pdf_of_first), command);
+    runs.add(one_page_only, named(files.front().eps));
+    runs.add_between(change_device(frame));
+    file_size = std::max(file_size, file_limit_of(files.front().eps));
+  } else {
+    add_device(command);
+  }
+  std::vector<drawing_style> styles;
+  for (const styled_file& file : files) {
+    command.push_back("--permit-file-read=" + named(file.eps));
+    for (const drawing_style& style : file.styles) runs.add(set_up(style), named(file.eps));
+    styles.insert(styles.end(), file.styles.begin(), file.styles.end());
+  }
   // A save is the outermost where none is made at the start.
-  command.insert(command.end(),
-                 {"-dNOOUTERSAVE", "--permit-file-read=" + file, "-c", program_for(file, styles)});
+  command.insert(command.end(), {"-dNOOUTERSAVE", "-c", runs.program()});
   ppm_reader reader(styles.size(), max_pixels);
-  const child_result ended = run_into(reader, styles.size(), command);
+  const child_result ended = run_into(reader, styles.size(), command, file_size);
   using ending = child_result::ending;
   // Without even a page, a drawing alone takes too long as well.
-  const bool hangs = ended.how == ending::timed_out && !reader.has_page();
+  const bool hangs = ended.how == ending::timed_out && !with_pdf && !reader.has_page();
   if (hangs || ended.how == ending::interrupted) throw_failure(command, ended);
   if (!ended.succeeded()) return std::nullopt;
   try {
@@ -206,13 +256,10 @@ pixmap drawing_programs::draw_pdf(const fs::path& pdf, std::int64_t number, doub
 bool drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, const fs::path& pdf,
                               const std::vector<std::string>& more_options) const {
   std::vector<std::string> command = ghostscript(frame);
-  command.insert(command.end(), {"-sDEVICE=pdfwrite", "-dAutoRotatePages=/None",
-                                 "-dDownsampleColorImages=false", "-dDownsampleGrayImages=false",
-                                 "-dDownsampleMonoImages=false", "-dAutoFilterColorImages=false",
-                                 "-dAutoFilterGrayImages=false", "-dColorImageFilter=/FlateEncode",
-                                 "-dGrayImageFilter=/FlateEncode", "-sOutputFile=" + named(pdf)});
+  add_pdf_device(named(pdf), command);
   command.insert(command.end(), more_options.begin(), more_options.end());
-  command.insert(command.end(), {"-c", one_page_only, "-f", named(eps), "-c", tell_pages});
+  command.insert(command.end(),
+                 {"-c", free_memory, one_page_only, "-f", named(eps), "-c", tell_pages});
   return run_to_end(command, file_limit_of(eps)).messages.ends_with(told_one_page);
 }
 
@@ -236,7 +283,7 @@ std::string drawing_programs::box_comments_of(const fs::path& eps) const {
 
 /// How Ghostscript is called: nothing outside is read or written.
 std::vector<std::string> drawing_programs::ghostscript() const {
-  return {*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sstdout=%stderr"};
+  return {*tools_.gs, "-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-dNOGC", "-sstdout=%stderr"};
 }
 
 /// And the page is just the frame.
@@ -249,9 +296,10 @@ std::vector<std::string> drawing_programs::ghostscript(const page_frame& frame) 
 }
 
 child_result drawing_programs::run_into(ppm_reader& reader, std::size_t n_pages,
-                                        const std::vector<std::string>& command) const {
+                                        const std::vector<std::string>& command,
+                                        std::uint64_t file_size) const {
   std::size_t n_bytes = 0;
-  return run_within(drawing_file_size, command, [&](std::string_view more) {
+  return run_within(file_size, command, [&](std::string_view more) {
     n_bytes += more.size();
     reader.take(more);
     return n_bytes <= n_pages * max_drawing;
@@ -279,18 +327,29 @@ const pixmap& appearance::drawn(lazy_drawing& drawing) {
   return *picture;
 }
 
-void appearance::make_together(const std::vector<lazy_drawing*>& drawings) {
-  if (page_.is_pdf()) return;
+void appearance::make_together(const std::vector<choice_of_drawings>& choices, bool with_pdf) {
+  std::vector<styled_file> files;
   std::vector<lazy_drawing*> to_make;
-  std::vector<drawing_style> styles;
-  for (lazy_drawing* drawing : drawings) {
-    if (drawing->picture) continue;
-    to_make.push_back(drawing);
-    styles.push_back(drawing->style);
+  appearance* first = nullptr;
+  for (const auto& [look, drawings] : choices) {
+    if (look->page_.is_pdf() || look->page_ != choices.front().look->page_) return;
+    std::vector<drawing_style> styles;
+    for (lazy_drawing appearance::*const member : drawings) {
+      lazy_drawing& drawing = look->*member;
+      if (drawing.picture) continue;
+      to_make.push_back(&drawing);
+      styles.push_back(drawing.style);
+    }
+    if (styles.empty()) continue;
+    if (first == nullptr) first = look;
+    files.push_back({look->file_, styles});
   }
-  if (styles.size() < 2) return;
-  std::optional<std::vector<pixmap>> made = programs_->draw_together(file_, page_.frame, styles);
+  if (to_make.size() < 2) return;
+  with_pdf = with_pdf && first->programs_->can_draw_pdf() && !first->has_pdf_;
+  std::optional<std::vector<pixmap>> made = first->programs_->draw_together(
+      files, first->page_.frame, with_pdf ? first->pdf() : fs::path());
   if (!made) return;
+  first->has_pdf_ = first->has_pdf_ || with_pdf;
   for (std::size_t n = 0; n < to_make.size(); ++n) to_make[n]->picture = std::move((*made)[n]);
 }
 
@@ -311,10 +370,10 @@ std::int64_t appearance::hairlines_by_cairo() {
     return programs_->draw_pdf(pdf, number, dpi_.coarse, antialiasing::on);
   };
   if (page_.is_pdf()) return hairline_pixels(smooth_of(file_, page_.number), cairo_coarse());
-  const fs::path pdf = fs::path(file_).replace_extension(".pdf");
-  static_cast<void>(programs_->to_pdf(file_, page_.frame, pdf));
-  return hairline_pixels(smooth_of(pdf, 1),
-                         programs_->draw_pdf(pdf, 1, dpi_.coarse, antialiasing::off));
+  if (!has_pdf_) static_cast<void>(programs_->to_pdf(file_, page_.frame, pdf()));
+  has_pdf_ = true;
+  return hairline_pixels(smooth_of(pdf(), 1),
+                         programs_->draw_pdf(pdf(), 1, dpi_.coarse, antialiasing::off));
 }
 
 const hairline_counts& appearance::hairlines() {

@@ -165,14 +165,12 @@ void compare_hairlines(appearance& input, appearance& result, const judging_rule
 }  // namespace
 
 bool shows_the_same(appearance& input, appearance& result, const judging_rule& rule) {
-  input.expect_sharp();
-  result.expect_sharp();
+  appearance::expect_sharp(input, result);
   return std::ranges::all_of(sharp_views(input, result, rule), is_right);
 }
 
 agreement judge(appearance& input, appearance& result, const judging_rule& rule) {
-  input.expect_all();
-  result.expect_all();
+  appearance::expect_all(input, result);
   const std::vector<sharp_view> views = sharp_views(input, result, rule);
   check_colours(views, rule);
   compare_hairlines(input, result, rule);
