@@ -182,7 +182,7 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
   command.insert(command.end(),
                  {option("-r", dpi), "-dTextAlphaBits=" + bits, "-dGraphicsAlphaBits=" + bits});
   command.insert(command.end(), {"-c", free_memory});
-  if (page.is_pdf()) command.push_back(centre_sampled);
+  if (page.is_pdf()) command.emplace_back(centre_sampled);
   command.insert(command.end(), {"-f", named(file)});
   try {
     ppm_reader reader(1, max_pixels);
@@ -344,7 +344,7 @@ void appearance::make_together(const std::vector<choice_of_drawings>& choices, b
     if (first == nullptr) first = look;
     files.push_back({look->file_, styles});
   }
-  if (to_make.size() < 2) return;
+  if (first == nullptr || to_make.size() < 2) return;
   with_pdf = with_pdf && first->programs_->can_draw_pdf() && !first->has_pdf_;
   std::optional<std::vector<pixmap>> made = first->programs_->draw_together(
       files, first->page_.frame, with_pdf ? first->pdf() : fs::path());
