@@ -11,12 +11,10 @@ constexpr auto later = [](const ranked& a, const ranked& b) { return a.order > b
 }  // namespace
 
 lazy_queue::lazy_queue(large_array<ranked> entries) : sorted_(std::move(entries)) {
-  // A large outline mostly goes along its neighbours as they were drawn.
-  if (std::ranges::is_sorted(sorted_, {}, &ranked::order)) {
-    std::ranges::reverse(sorted_);
-  } else {
-    std::ranges::sort(sorted_, later);
-  }
+  if (sorted_.empty()) return;
+  // A large outline mostly goes along its neighbours as they were drawn, one way or the other.
+  if (sorted_.front().order < sorted_.back().order) std::ranges::reverse(sorted_);
+  if (!std::ranges::is_sorted(sorted_, later)) std::ranges::sort(sorted_, later);
 }
 
 void lazy_queue::push(ranked entry) {
