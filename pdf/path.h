@@ -15,7 +15,7 @@ struct subpath {
   std::uint32_t begin = 0;  // in the corners of the path
   std::uint32_t end = 0;
   bool is_closed = false;  ///< by an operator, or by a side that ends where it began
-  bool has_ends = false;   ///< no operator closes it: a pen draws no corner where it ends
+  bool has_ends = false;   ///< no operator of the path closes it; that which paints it can
 };
 
 /// A path under construction. It takes places with a fixed number of decimals.

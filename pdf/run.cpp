@@ -49,6 +49,13 @@ bool goes_round(const path& painted, op painter) {
   return std::ranges::all_of(parts.first(n_looked_at), &subpath::is_closed);
 }
 
+/// Whether a pen draws ends, and no corner, where a subpath begins.
+bool has_ends(const path& painted, op painter) {
+  const std::span<const subpath> parts = painted.subpaths();
+  const std::size_t n_looked_at = parts.size() - (closes(painter) ? 1 : 0);
+  return std::ranges::any_of(parts.first(n_looked_at), &subpath::has_ends);
+}
+
 bool same_outlines(const path& a, const path& b) {
   if (a.has_curves() || b.has_curves() || a.subpaths().size() != b.subpaths().size()) return false;
   return std::ranges::equal(a.subpaths(), b.subpaths(),
@@ -103,9 +110,7 @@ bool run::take(path& painted, op painter, const graphics_state& state) {
     reach = pen->reach;
     may_join = pen->may_join && goes_round(painted, painter);
     shows_ends = pen->shows_ends;
-    if (!pen->may_close && std::ranges::any_of(painted.subpaths(), &subpath::has_ends)) {
-      may_join = false;
-    }
+    if (!pen->may_close && has_ends(painted, painter)) may_join = false;
     with.has_pen = true;
     with.pen = state.line;
   } else if (std::ranges::any_of(painted.subpaths(), [&](const subpath& part) {
@@ -126,7 +131,7 @@ bool run::take(path& painted, op painter, const graphics_state& state) {
   if (!may_join || !add_parts(painted, is_even_odd(painter), index)) {
     keep_source(painted, painter, from);
     gathered_.polygons.add(index, outline_traits(), painted.corners());
-  } else if (shows_ends && painted.subpaths().front().has_ends && size() == from + 1) {
+  } else if (shows_ends && size() == from + 1 && has_ends(painted, painter)) {
     // Closed, it would get one more corner.
     keep_source(painted, painter, from);
     const mesh& all = gathered_.polygons;
