@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include "pdf/numbers.h"
 
@@ -40,11 +41,16 @@ class path_text {
     if (is_closed) text_ += "h ";
   }
 
-  /// From a corner of it on, and back there.
-  void add_open(std::span<const label> ring, label start) {
-    const auto at = std::ranges::find(ring, start) - ring.begin();
+  /// As open subpaths, each from one of the starts that are given, sorted, to the next.
+  void add_open(std::span<const label> ring, std::span<const outlines::open_start> starts) {
+    const auto is_start = [&](label at) {
+      return std::ranges::binary_search(starts, at, {}, &outlines::open_start::corner);
+    };
+    const auto first = std::ranges::find_if(ring, is_start) - ring.begin();
     for (std::size_t i = 0; i <= ring.size(); ++i) {
-      corner(ring[(static_cast<std::size_t>(at) + i) % ring.size()], i == 0);
+      const label at = ring[(static_cast<std::size_t>(first) + i) % ring.size()];
+      if (i > 0) corner(at, false);
+      if (i < ring.size() && is_start(at)) corner(at, true);
     }
   }
 
@@ -94,18 +100,30 @@ void content_writer::paint_outlines(const outlines& all, std::size_t begin, std:
                                     const places& points, int digits, const paint& with) {
   set_state(with);
   path_text path(points, digits, text_);
-  auto open = std::ranges::lower_bound(all.open_starts, begin, {}, &outlines::open_start::outline);
-  std::uint32_t from = begin == 0 ? 0 : all.ends[begin - 1];
+  const auto ring_of = [&](std::size_t i) {
+    const std::uint32_t from = i == 0 ? 0 : all.ends[i - 1];
+    return std::span(all.corners).subspan(from, all.ends[i] - from);
+  };
+  const auto starts_of = [&](std::size_t i) {
+    return std::ranges::equal_range(all.open_starts, i, {}, &outlines::open_start::outline);
+  };
+  std::vector<std::size_t> in_parts;
   for (std::size_t i = begin; i < end; ++i) {
-    const std::span ring = std::span(all.corners).subspan(from, all.ends[i] - from);
-    if (open != all.open_starts.end() && open->outline == i) {
-      path.add_open(ring, open++->corner);
+    const auto starts = starts_of(i);
+    if (starts.empty()) {
+      path.add(ring_of(i), with.has_pen);
+    } else if (starts.size() == 1) {
+      path.add_open(ring_of(i), starts);
     } else {
-      path.add(ring, with.has_pen);
+      in_parts.push_back(i);
     }
-    from = all.ends[i];
   }
-  text_ += with.has_pen ? "B\n" : "f\n";
+  if (in_parts.size() < end - begin) text_ += with.has_pen ? "B\n" : "f\n";
+  if (in_parts.empty()) return;
+  for (const std::size_t i : in_parts) path.add(ring_of(i), false);
+  text_ += "f\n";
+  for (const std::size_t i : in_parts) path.add_open(ring_of(i), starts_of(i));
+  text_ += "S\n";
 }
 
 void content_writer::paint_path(std::string_view path, std::string_view painter,

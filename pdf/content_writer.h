@@ -23,7 +23,8 @@ class content_writer {
   content_writer(const text_table& texts, const graphics_state& before, std::size_t expected_size);
 
   /// Paints the outlines from `begin` to `end` at once; their places have so many decimals. A pen
-  /// closes all but those with an open start.
+  /// closes all but those with an open start; where one has several, it is filled first, and what
+  /// lies between them is drawn after that.
   void paint_outlines(const outlines& all, std::size_t begin, std::size_t end, const places& points,
                       int digits, const paint& with);
   /// Paints a path as it was written.

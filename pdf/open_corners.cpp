@@ -41,18 +41,23 @@ std::vector<label> open_corners(const painted_mesh& painted, const mesh& of,
 }  // namespace
 
 void open_starts(const painted_mesh& painted, const mesh& of,
-                 std::span<const std::uint32_t> polygons, outlines& all, std::size_t begin) {
+                 std::span<const std::uint32_t> polygons, outlines& all, std::size_t begin,
+                 bool is_wide) {
   const std::vector<label> open = open_corners(painted, of, polygons);
   if (open.empty()) return;
+  std::vector<label> starts;
   std::uint32_t first = begin == 0 ? 0 : all.ends[begin - 1];
   for (std::size_t i = begin; i < all.ends.size(); ++i) {
     const std::span outline = std::span(all.corners).subspan(first, all.ends[i] - first);
+    starts.clear();
     for (std::size_t at = 0; at < outline.size(); ++at) {
       if (!std::ranges::binary_search(open, outline[at]) || is_straight_at(of, outline, at))
         continue;
-      all.open_starts.push_back({i, outline[at]});
-      break;
+      starts.push_back(outline[at]);
+      if (!is_wide) break;
     }
+    sort_once(starts);
+    for (const label corner : starts) all.open_starts.push_back({i, corner});
     first = all.ends[i];
   }
 }

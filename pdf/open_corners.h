@@ -10,11 +10,12 @@
 
 namespace trellion::pdf {
 
-/// Has the outlines from `begin` on, joined from polygons with a pen, start at a corner where each
-/// of these that has it starts without being closed: the pen still draws none there. `of` has the
-/// polygons in the order of `painted`. An outline can have one such corner; at others the pen draws
-/// what it did not.
+/// Notes where the outlines from `begin` on, joined from polygons with a pen, start open: at each
+/// corner where all of these that have it start without being closed, so that the pen still draws
+/// none there. Of a pen that is not wide one in each outline will do: at others it draws what it
+/// did not, which does not show. `of` has the polygons in the order of `painted`.
 void open_starts(const painted_mesh& painted, const mesh& of,
-                 std::span<const std::uint32_t> polygons, outlines& all, std::size_t begin);
+                 std::span<const std::uint32_t> polygons, outlines& all, std::size_t begin,
+                 bool is_wide);
 
 }  // namespace trellion::pdf

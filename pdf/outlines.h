@@ -10,7 +10,7 @@ namespace trellion::pdf {
 
 /// Closed outlines: the labels of all their corners, and where each ends.
 struct outlines {
-  /// Where an outline starts when a pen is to draw no corner there.
+  /// A corner of an outline where a pen is to draw none, but two ends.
   struct open_start {
     std::size_t outline;
     label corner;
@@ -18,7 +18,7 @@ struct outlines {
 
   std::vector<label> corners;
   std::vector<std::uint32_t> ends;
-  std::vector<open_start> open_starts;  ///< by outline, of few
+  std::vector<open_start> open_starts;  ///< by outline and corner; of few
 };
 
 /// Adds the outline of what polygons cover together, to be filled at once by the rule that windings

@@ -22,8 +22,7 @@ namespace {
 
 /// The pen that closes hairlines, and nothing where it would show.
 std::optional<line_style> closing_pen(const stretch& where, const content_settings& settings,
-                                      double scale, text_table& texts) {
-  const double on_page = largest_scale(where.before.matrix) * scale;
+                                      double on_page, text_table& texts) {
   if (settings.close != closing::stroke || !where.before.strokes_opaquely() || !(on_page > 0))
     return std::nullopt;
   // Three digits of it are enough.
@@ -47,8 +46,14 @@ struct joined_batch {
   std::size_t outlines_end = 0;
 };
 
+/// Whether a corner more or less of a pen can be seen, at so many points to a unit.
+bool is_wide(const line_style& pen, double on_page, const text_table& texts) {
+  constexpr double widest_thin = 1;  // a corner has half of that: two pixels of those of --strict
+  return to_double(texts[pen.width]) * on_page > widest_thin;
+}
+
 stretch_text write(const painted_mesh& painted, const mesh& polygons, const stretch& where,
-                   std::vector<batch> batches, const std::optional<line_style>& pen,
+                   double on_page, std::vector<batch> batches, const std::optional<line_style>& pen,
                    const text_table& texts) {
   outlines all;
   std::vector<joined_batch> joined;
@@ -59,8 +64,11 @@ stretch_text write(const painted_mesh& painted, const mesh& polygons, const stre
     if (raw == nullptr) {
       const std::size_t begin = all.ends.size();
       join(polygons, each.polygons, all);
-      if (painted.paints[each.paint].has_pen)
-        open_starts(painted, polygons, each.polygons, all, begin);
+      const paint with = painted.paints[each.paint];
+      if (with.has_pen) {
+        open_starts(painted, polygons, each.polygons, all, begin,
+                    is_wide(with.pen, on_page, texts));
+      }
     }
     joined.push_back({each.paint, raw, all.ends.size()});
   }
@@ -95,9 +103,7 @@ stretch_text write(const painted_mesh& painted, const mesh& polygons, const stre
 }
 
 /// So many points of the page in the units of places; 0 when there are too many.
-std::int64_t in_units(double points, const painted_mesh& painted, const stretch& where,
-                      double scale) {
-  const double on_page = largest_scale(where.before.matrix) * scale;
+std::int64_t in_units(double points, const painted_mesh& painted, double on_page) {
   const double units = points / on_page * std::pow(10.0, painted.digits);
   return units < static_cast<double>(max_coordinate) ? static_cast<std::int64_t>(units) : 0;
 }
@@ -112,10 +118,11 @@ bool is_smaller(std::string_view text, std::string_view other) {
 std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const stretch& where,
                                            const content_settings& settings, double scale,
                                            text_table& texts) {
-  const std::optional<line_style> pen = closing_pen(where, settings, scale, texts);
-  const std::int64_t tolerance = in_units(settings.precision, painted, where, scale);
+  const double on_page = largest_scale(where.before.matrix) * scale;  // points to a unit
+  const std::optional<line_style> pen = closing_pen(where, settings, on_page, texts);
+  const std::int64_t tolerance = in_units(settings.precision, painted, on_page);
   // Programs round to hundredths of a point: so far apart cells are neighbours all the same.
-  const std::int64_t gap = in_units(0.015, painted, where, scale);
+  const std::int64_t gap = in_units(0.015, painted, on_page);
   const nearness near = {std::max(5 * tolerance, gap), tolerance};
   const std::optional<mesh> even = with_even_columns(painted.polygons, tolerance);
   const mesh& polygons = even ? *even : painted.polygons;
@@ -123,7 +130,7 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
   std::optional<stretch_text> best;
   const auto try_batches = [&](const std::vector<batch>& batches, const mesh& outlined) {
-    stretch_text text = write(painted, outlined, where, batches, pen, texts);
+    stretch_text text = write(painted, outlined, where, on_page, batches, pen, texts);
     if (!best || is_smaller(text.text, best->text)) best = std::move(text);
   };
   const auto try_all = [&](std::vector<batch> batches) {

@@ -86,6 +86,12 @@ TEST(content, folds_a_stroke_into_its_fill) {
   EXPECT_EQ(repaired("2 j 1 0 m 1 1 l 0 0 l 1 0 l B " + back + "B "),
             "\n2 j\n1 0 m 1 1 l 0 1 l 0 0 l 1 0 l B\n");
   EXPECT_EQ(repaired("2 j " + open + "0 0 l B " + second + "B "), "\n2 j" + joined);
+  EXPECT_EQ(repaired("2 j " + open + "0 0 l b " + back + "b "), "\n2 j" + joined);
+  // Of a wide pen every such corner does, though what is filled ends nowhere.
+  const std::string apart = "1 0 m 1 1 l 0 0 l 1 0 l B 0 1 m 0 0 l 1 1 l 0 1 l B        ";
+  EXPECT_EQ(repaired("2 j 1 w " + apart), "\n2 j\n1 0 m 1 1 l 0 1 l 0 0 l 1 0 l B\n");
+  EXPECT_EQ(repaired("2 j 1.1 w " + apart),
+            "\n1.1 w\n2 j\n0 0 1 1 re f\n1 0 m 1 1 l 0 1 l 0 1 m 0 0 l 1 0 l S\n");
   EXPECT_EQ(repaired("1 j 1 J " + open + "0 0 l B " + back + "B "), "\n1 J\n1 j" + joined);
   // A stroke in another colour, or of another path, stays between what it covers and is covered by.
   const std::string fill = "0 0 m 1 0 l 1 1 l f\n";
