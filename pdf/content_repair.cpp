@@ -58,6 +58,7 @@ class repairer {
   bool in_path_ = false;
 
   run run_;
+  bool may_round_ = true;  // numbers, in this run
   std::size_t run_begin_ = 0;
   graphics_state run_state_;  // where it begins
   std::vector<open_save> open_saves_;
@@ -89,7 +90,7 @@ bool repairer::handle(const instruction& step) {
         if (in_path_) {
           path_.add(step);
         } else {
-          path_.begin(step, run_.gathered().digits);
+          path_.begin(step, run_.gathered().digits, may_round_);
         }
         in_path_ = true;
         return true;
@@ -127,7 +128,8 @@ void repairer::begin_run(std::size_t at) {
   run_state_ = state_.current();
   const double scale = largest_scale(run_state_.matrix) * surroundings_.scale;
   const std::optional<int> digits = digits_for(settings_.precision, scale);
-  run_.begin(digits.value_or(0), surroundings_.opaque && digits);
+  may_round_ = digits.has_value();
+  run_.begin(digits.value_or(most_digits), surroundings_.opaque);
 }
 
 /// The run is cut at each q that is open in it, since the Q comes behind what ends it.

@@ -57,6 +57,12 @@ std::optional<std::int64_t> scaled_number(std::string_view text, int digits) {
   return is_negative ? -magnitude : magnitude;
 }
 
+bool is_finer(std::string_view number, int digits) {
+  const std::size_t kept = std::min(number.find('.'), number.size() - 1) + 1;
+  const std::string_view decimals = without_trailing_zeros(number.substr(kept));
+  return decimals.size() > static_cast<std::size_t>(digits);
+}
+
 void append_number(std::int64_t value, int digits, std::string& text) {
   if (value == 0) {
     text += '0';
@@ -102,12 +108,11 @@ double to_double(std::string_view number) {
 }
 
 std::optional<int> digits_for(double precision, double scale) {
-  constexpr int most = 9;
   // What is rounded moves by half a unit at most: with a fifth, by a tenth of the precision. Half
   // of it moved edges across the raster of 1/256 of a pixel that Ghostscript draws on.
   const double enough = precision / 5;
   double unit = scale;
-  for (int digits = 0; digits <= most; ++digits) {
+  for (int digits = 0; digits <= most_digits; ++digits) {
     if (unit <= enough) return digits;
     unit /= 10;
   }

@@ -11,8 +11,7 @@ namespace {
 /// The far side of a rectangle: both numbers are added before they are rounded, so that rectangles
 /// side by side meet.
 std::optional<std::int64_t> scaled_sum(std::string_view a, std::string_view b, int digits) {
-  constexpr int most = 9;
-  for (int more = std::min(digits + 3, most); more >= digits; --more) {
+  for (int more = std::min(digits + 3, most_digits); more >= digits; --more) {
     const auto first = scaled_number(a, more);
     const auto second = scaled_number(b, more);
     if (!first || !second) continue;
@@ -28,10 +27,11 @@ std::optional<std::int64_t> scaled_sum(std::string_view a, std::string_view b, i
 
 }  // namespace
 
-void path::begin(const instruction& first, int digits) {
+void path::begin(const instruction& first, int digits, bool may_round) {
   corners_.clear();
   subpaths_.clear();
   digits_ = digits;
+  may_round_ = may_round;
   open_ = 0;
   is_under_way_ = has_curves_ = is_odd_ = false;
   source_begin_ = first.begin;
@@ -41,6 +41,11 @@ void path::begin(const instruction& first, int digits) {
 void path::add(const instruction& step) {
   const std::span<const operand> operands = step.operands;
   source_end_ = step.end;
+  if (!may_round_ && std::ranges::any_of(operands, [&](const operand& each) {
+        return is_finer(each.text, digits_);
+      })) {
+    is_odd_ = true;
+  }
   switch (step.code) {
     case op::move:
       finish_subpath();

@@ -18,11 +18,11 @@ struct subpath {
   bool has_ends = false;   ///< no operator of the path closes it; that which paints it can
 };
 
-/// A path under construction. It takes places with a fixed number of decimals.
+/// A path under construction. It takes places with a fixed number of decimals, rounded or not.
 class path {
  public:
   /// Forgets all and begins with the given instruction, which is a path's first.
-  void begin(const instruction& first, int digits);
+  void begin(const instruction& first, int digits, bool may_round);
   /// Goes on with an instruction of a path.
   void add(const instruction& step);
   /// Ends at the operator that paints it. Subpaths of a single point that nothing closes go: no
@@ -40,8 +40,8 @@ class path {
   [[nodiscard]] bool has_curves() const { return has_curves_; }
   /// It ended with a point that went. An operator that closes the path would have meant that point.
   [[nodiscard]] bool ended_with_point() const { return ended_with_point_; }
-  /// It is a barrier whatever paints it: it clips, or a number is out of range, or a comment stands
-  /// in it.
+  /// It is a barrier whatever paints it: it clips, or a number is out of range or has more decimals
+  /// than it may, or a comment stands in it.
   [[nodiscard]] bool is_odd() const { return is_odd_; }
   /// Whether each subpath closes itself.
   [[nodiscard]] bool is_closed() const;
@@ -56,6 +56,7 @@ class path {
   std::vector<subpath> subpaths_;
   place start_;
   int digits_ = 0;
+  bool may_round_ = true;
   std::uint32_t open_ = 0;     // where the subpath under way begins
   bool is_under_way_ = false;  // else the next side begins one at start_
   bool has_curves_ = false;

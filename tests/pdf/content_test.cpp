@@ -160,6 +160,15 @@ TEST(content, moves_no_corner_by_more_than_the_precision) {
   EXPECT_EQ(repaired("100 0 0 100 0 0 cm " + fine), "100 0 0 100 0 0 cm\n0 0 1.234567 1 re f\n");
   EXPECT_EQ(repaired("q .01 0 0 .01 0 0 cm " + fine + "Q"),
             "q .01 0 0 .01 0 0 cm\n0 0 1.23 1 re f\nQ");
+  // More than nine decimals are not kept, and not rounded where that could be too much.
+  content_settings finest;
+  finest.precision = 1e-8;
+  const std::string nine = "0 0 m 1.123456789 0 l 1.123456789 1 l f 0 0 m 1.123456789 1 l 0 1 l f ";
+  const std::string ten = std::string(nine).insert(nine.find(" 1 l 0 1"), "1");
+  EXPECT_EQ(repaired(nine + ten, finest), "\n0 0 1.123456789 1 re f\n");
+  const std::string large = "72 0 0 72 0 0 cm ";
+  EXPECT_EQ(repaired(large + nine, finest), "72 0 0 72 0 0 cm\n0 0 1.123456789 1 re f\n");
+  EXPECT_EQ(repaired(large + ten, finest), large + ten);
   // What has an area, however small, keeps it.
   const std::string tiny = "0 0 m .00001 0 l .00001 .00001 l f ";
   EXPECT_NE(repaired(tiny + two).find("0 0 m .00001 0 l .00001 .00001 l f"), std::string::npos);
