@@ -108,10 +108,28 @@ std::int64_t in_units(double points, const painted_mesh& painted, double on_page
   return units < static_cast<double>(max_coordinate) ? static_cast<std::int64_t>(units) : 0;
 }
 
-/// Whether a text is smaller than another once both are packed.
-bool is_smaller(std::string_view text, std::string_view other) {
-  return text != other && estimated_packed_size(text) < estimated_packed_size(other);
-}
+/// Keeps the text that is smallest once it is packed.
+class smallest {
+ public:
+  void offer(stretch_text text) {
+    if (!best_) {
+      best_ = std::move(text);
+    } else if (text.text != best_->text) {
+      // Packing takes longer than writing: nothing is packed twice, and a single text not at all.
+      if (!packed_size_) packed_size_ = estimated_packed_size(best_->text);
+      const std::size_t size = estimated_packed_size(text.text);
+      if (size >= *packed_size_) return;
+      best_ = std::move(text);
+      packed_size_ = size;
+    }
+  }
+  [[nodiscard]] const stretch_text& best() const { return *best_; }
+  stretch_text take() { return *std::move(best_); }
+
+ private:
+  std::optional<stretch_text> best_;
+  std::optional<std::size_t> packed_size_;  // of the best
+};
 
 }  // namespace
 
@@ -128,10 +146,9 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   const mesh& polygons = even ? *even : painted.polygons;
   // Their sides move by the precision at most: what is proven of the order stays so.
   const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
-  std::optional<stretch_text> best;
+  smallest written;
   const auto try_batches = [&](const std::vector<batch>& batches, const mesh& outlined) {
-    stretch_text text = write(painted, outlined, where, on_page, batches, pen, texts);
-    if (!best || is_smaller(text.text, best->text)) best = std::move(text);
+    written.offer(write(painted, outlined, where, on_page, batches, pen, texts));
   };
   const auto try_all = [&](std::vector<batch> batches) {
     if (settings.close == closing::under) paint_under_neighbours(polygons, batches, near);
@@ -142,9 +159,9 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   try_all(batches_in_order(polygons));
   // What is brought together is not always worth that neighbours no longer stand together.
   if (settings.reorder) try_all(batches_by_paint(polygons));
-  if (settings.close == closing::none && best->text.size() >= where.end - where.begin)
+  if (settings.close == closing::none && written.best().text.size() >= where.end - where.begin)
     return std::nullopt;
-  return best;
+  return written.take();
 }
 
 }  // namespace trellion::pdf
