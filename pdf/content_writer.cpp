@@ -105,7 +105,9 @@ void content_writer::paint_outlines(const outlines& all, std::size_t begin, std:
     return std::span(all.corners).subspan(from, all.ends[i] - from);
   };
   const auto starts_of = [&](std::size_t i) {
-    return std::ranges::equal_range(all.open_starts, i, {}, &outlines::open_start::outline);
+    constexpr auto outline = &outlines::open_start::outline;
+    return std::span(std::ranges::lower_bound(all.open_starts, i, {}, outline),
+                     std::ranges::upper_bound(all.open_starts, i, {}, outline));
   };
   std::vector<std::size_t> in_parts;
   for (std::size_t i = begin; i < end; ++i) {
