@@ -59,19 +59,32 @@ void coarse_box::include(const coarse_box& other) {
   top = std::max(top, other.top);
 }
 
-overlaps::overlaps(const mesh& of) : of_(of), grid_(of) {
-  const std::size_t n = of.polygons.size();
-  std::vector<std::uint64_t> order(n);
-  for (std::uint32_t p = 0; p < n; ++p) {
-    order[p] = joint_key(grid_.place_on_curve(grid_(painted_box(of, of.polygons[p]))), p);
-  }
+overlaps::overlaps(const mesh& of) : of_(of), grid_(of), leaves_(of.polygons.size()) {
+  std::vector<std::uint64_t> order(of.polygons.size());
+  for (std::uint32_t p = 0; p < order.size(); ++p) order[p] = key_of(p);
+  build(std::move(order));
+}
+
+overlaps::overlaps(const mesh& of, std::span<const std::uint32_t> polygons)
+    : of_(of), grid_(of), leaves_(of.polygons.size()) {
+  std::vector<std::uint64_t> order;
+  order.reserve(polygons.size());
+  for (const std::uint32_t p : polygons) order.push_back(key_of(p));
+  build(std::move(order));
+}
+
+std::uint64_t overlaps::key_of(std::uint32_t polygon) const {
+  return joint_key(grid_.place_on_curve(grid_(painted_box(of_, of_.polygons[polygon]))), polygon);
+}
+
+void overlaps::build(std::vector<std::uint64_t> order) {
   sort_keys(order);
-  leaves_.resize(n);
+  const std::size_t n = order.size();
   std::vector<node> level(n);
   for (std::uint32_t i = 0; i < n; ++i) {
     const std::uint32_t p = second_of(order[i]);
     leaves_[p] = i;
-    level[i] = {grid_(painted_box(of, of.polygons[p])), p, p};
+    level[i] = {grid_(painted_box(of_, of_.polygons[p])), p, p};
   }
   while (level.size() > 1) {
     std::vector<node> above((level.size() + width - 1) / width);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "pdf/mesh.h"
@@ -46,6 +47,8 @@ class overlaps {
  public:
   /// The mesh must outlive this, and stay as it is.
   explicit overlaps(const mesh& of);
+  /// Of some polygons of it only, at least one: for add_near().
+  overlaps(const mesh& of, std::span<const std::uint32_t> polygons);
 
   /// Adds the polygons from `first` up to a polygon that are not proven apart from it and have
   /// another paint. Their order is that of the tree. False when that takes too long to find out:
@@ -62,6 +65,10 @@ class overlaps {
     std::uint32_t first;  ///< the smallest index of a polygon below
     std::uint32_t last;   ///< the largest
   };
+
+  /// A key with the place on the curve and the index of a polygon.
+  [[nodiscard]] std::uint64_t key_of(std::uint32_t polygon) const;
+  void build(std::vector<std::uint64_t> order);
 
   /// Calls f with the polygons below nodes that are wanted and overlap a box; it tells what that
   /// cost. False when it ends before all have been looked at, since the work is bounded.

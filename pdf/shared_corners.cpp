@@ -30,13 +30,36 @@ void for_each_side(std::span<const label> corners, F f) {
   for (const label to : corners) f(std::exchange(from, to), to);
 }
 
-/// The sides, as keys of where they start and end, that none runs opposite to; sorted.
-std::vector<std::uint64_t> lone_sides(const mesh& of) {
-  std::vector<std::uint64_t> sides;
-  sides.reserve(of.corners.size());
+std::uint64_t scrambled(label at) {
+  std::uint64_t x = (std::uint64_t{at} + 1) * 0x9e3779b97f4a7c15U;
+  x ^= x >> 32;
+  return x * 0xd6e8feb86659fd93U;
+}
+
+/// By label, whether sides without a partner start or end there: what the others are the sums of
+/// goes out again. Most meshes have few, and all sides need not be sorted to find them. Were two
+/// sums equal by chance, some corners would not be shared.
+std::vector<bool> ragged_labels(const mesh& of) {
+  std::vector<std::uint64_t> sums(of.points.size());
   for (const polygon& p : of.polygons) {
     if (p.form == shape::other) continue;
     for_each_side(of.corners_of(p), [&](label from, label to) {
+      sums[from] += scrambled(to);
+      sums[to] -= scrambled(from);
+    });
+  }
+  std::vector<bool> result(sums.size());
+  for (std::size_t i = 0; i < sums.size(); ++i) result[i] = sums[i] != 0;
+  return result;
+}
+
+/// The sides, as keys of where they start and end, that none runs opposite to; sorted.
+std::vector<std::uint64_t> lone_sides(const mesh& of, const std::vector<bool>& ragged) {
+  std::vector<std::uint64_t> sides;
+  for (const polygon& p : of.polygons) {
+    if (p.form == shape::other) continue;
+    for_each_side(of.corners_of(p), [&](label from, label to) {
+      if (!ragged[from] || !ragged[to]) return;
       sides.push_back(from < to ? joint_key(from, to << 1) : joint_key(to, from << 1 | 1));
     });
   }
@@ -58,11 +81,29 @@ std::vector<std::uint64_t> lone_sides(const mesh& of) {
   return sides;
 }
 
+/// The polygons that are fit and have a lone side.
+std::vector<std::uint32_t> with_lone_sides(const mesh& of, const std::vector<bool>& ragged,
+                                           std::span<const std::uint64_t> lone) {
+  std::vector<std::uint32_t> result;
+  for (std::uint32_t i = 0; i < of.polygons.size(); ++i) {
+    if (!is_fit(of, of.polygons[i])) continue;
+    bool has_one = false;
+    for_each_side(of.corners_of(of.polygons[i]), [&](label from, label to) {
+      has_one = has_one || (ragged[from] && ragged[to] &&
+                            std::ranges::binary_search(lone, joint_key(from, to)));
+    });
+    if (has_one) result.push_back(i);
+  }
+  return result;
+}
+
 /// Finds the corners that a side gets.
 class finder {
  public:
-  finder(const mesh& of, std::int64_t tolerance, std::vector<std::uint64_t> lone)
-      : of_(of), tolerance_(tolerance), lone_(std::move(lone)), search_(of) {}
+  /// `polygons` have the lone sides.
+  finder(const mesh& of, std::int64_t tolerance, std::vector<std::uint64_t> lone,
+         std::span<const std::uint32_t> polygons)
+      : of_(of), tolerance_(tolerance), lone_(std::move(lone)), search_(of, polygons) {}
 
   /// The corners to add to a side of a polygon, from its start on.
   const std::vector<label>& corners_on(std::uint32_t p, label from, label to);
@@ -101,7 +142,7 @@ const std::vector<label>& finder::corners_on(std::uint32_t p, label from, label 
   found_.clear();
   for (const std::uint32_t other : near_) {
     const polygon& q = of_.polygons[other];
-    if (other != p && q.paint == of_.polygons[p].paint && is_fit(of_, q)) look_at(other, a, b);
+    if (other != p && q.paint == of_.polygons[p].paint) look_at(other, a, b);
   }
   std::ranges::sort(found_, {}, &found_corner::along);
   for (const found_corner& each : found_) {
@@ -133,9 +174,12 @@ void finder::look_at(std::uint32_t other, const place& a, const place& b) {
 }  // namespace
 
 std::optional<mesh> with_shared_corners(const mesh& of, std::int64_t tolerance) {
-  std::vector<std::uint64_t> lone = lone_sides(of);
+  const std::vector<bool> ragged = ragged_labels(of);
+  std::vector<std::uint64_t> lone = lone_sides(of, ragged);
   if (lone.empty() || lone.size() > most_lone) return std::nullopt;
-  finder corners(of, tolerance, std::move(lone));
+  const std::vector<std::uint32_t> with_lone = with_lone_sides(of, ragged, lone);
+  if (with_lone.empty()) return std::nullopt;
+  finder corners(of, tolerance, std::move(lone), with_lone);
   std::optional<mesh> result;
   std::vector<place> outline;
   const auto copy = [&](std::uint32_t i) {
@@ -144,10 +188,12 @@ std::optional<mesh> with_shared_corners(const mesh& of, std::int64_t tolerance) 
     result->add(of.polygons[i].paint, {.form = of.polygons[i].form, .is_clockwise = false},
                 outline);
   };
+  auto next_with_lone = with_lone.begin();
   for (std::uint32_t i = 0; i < of.polygons.size(); ++i) {
     const polygon& p = of.polygons[i];
     outline.clear();
-    if (is_fit(of, p)) {
+    if (next_with_lone != with_lone.end() && *next_with_lone == i) {
+      ++next_with_lone;
       for_each_side(of.corners_of(p), [&](label from, label to) {
         for (const label at : corners.corners_on(i, from, to)) outline.push_back(of.points[at]);
         outline.push_back(of.points[to]);
