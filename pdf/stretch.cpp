@@ -147,14 +147,15 @@ std::optional<stretch_text> repair_stretch(const painted_mesh& painted, const st
   // Their sides move by the precision at most: what is proven of the order stays so.
   const std::optional<mesh> meeting = with_shared_corners(polygons, tolerance);
   smallest written;
-  const auto try_batches = [&](const std::vector<batch>& batches, const mesh& outlined) {
-    written.offer(write(painted, outlined, where, on_page, batches, pen, texts));
+  const auto try_batches = [&](std::vector<batch> batches, const mesh& outlined) {
+    written.offer(write(painted, outlined, where, on_page, std::move(batches), pen, texts));
   };
+  // More corners can take more room than fewer outlines save. They also leave fewer gaps.
+  const bool tries_both = meeting && settings.close == closing::none;
   const auto try_all = [&](std::vector<batch> batches) {
     if (settings.close == closing::under) paint_under_neighbours(polygons, batches, near);
-    try_batches(batches, meeting ? *meeting : polygons);
-    // More corners can take more room than fewer outlines save. They also leave fewer gaps.
-    if (meeting && settings.close == closing::none) try_batches(batches, polygons);
+    if (tries_both) try_batches(batches, *meeting);
+    try_batches(std::move(batches), meeting && !tries_both ? *meeting : polygons);
   };
   try_all(batches_in_order(polygons));
   // What is brought together is not always worth that neighbours no longer stand together.
