@@ -37,9 +37,9 @@ std::string option(const char* name, double value) {
 constexpr const char* centre_sampled =
     "<< /Install { systemdict /.setfilladjust2 known { 0 0 .setfilladjust2 } if } >> setpagedevice";
 
-/// Ghostscript starts without a look at its memory, in which all is new (-dNOGC); from then on it
-/// frees what is no longer used, as it does otherwise.
-constexpr const char* free_memory = "0 vmreclaim ";
+/// Ghostscript starts without a look for garbage in its memory, in which all is new (-dNOGC); from
+/// here on it collects, as it does otherwise.
+constexpr const char* collect_garbage = "0 vmreclaim ";
 
 /// Files are not to be filled with pages.
 constexpr const char* one_page_only =
@@ -88,24 +88,27 @@ std::string set_up(const drawing_style& style) {
   return program.data();
 }
 
-/// PostScript that runs files, after some of ours for each, every time as when Ghostscript has just
-/// started. What a file leaves behind, in global memory, too, the outermost restore takes back, and
-/// the sequence of random numbers begins anew. All that is bound before the first file is run, and
-/// a file has no name for what is kept for it.
+/// PostScript that runs a file, after some of ours, every time as when Ghostscript has just
+/// started. What the file leaves behind, in global memory, too, the outermost restore takes back,
+/// and the sequence of random numbers begins anew. All that is bound before the file is run, and it
+/// has no name for what is kept for it.
 class clean_runs {
  public:
-  void add(const std::string& before, const std::string& file) {
-    runs_ += "//trellion-kept 0 save put //trellion-random srand " + before + " (" + file +
+  explicit clean_runs(const std::string& file) : file_(file) {}
+
+  void add(const std::string& before) {
+    runs_ += "//trellion-kept 0 save put //trellion-random srand " + before + " (" + file_ +
              ") run clear cleardictstack //trellion-kept 0 get restore\n";
   }
   void add_between(const std::string& program) { runs_ += program; }
   [[nodiscard]] std::string program() const {
-    return free_memory +
+    return collect_garbage +
            ("/trellion-kept 1 array def /trellion-random rrand def { " + runs_ +
             "} bind currentdict /trellion-kept undef currentdict /trellion-random undef exec");
   }
 
  private:
+  std::string file_;
   std::string runs_;
 };
 
@@ -181,7 +184,7 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
   add_device(command);
   command.insert(command.end(),
                  {option("-r", dpi), "-dTextAlphaBits=" + bits, "-dGraphicsAlphaBits=" + bits});
-  command.insert(command.end(), {"-c", free_memory});
+  command.insert(command.end(), {"-c", collect_garbage});
   if (page.is_pdf()) command.emplace_back(centre_sampled);
   command.insert(command.end(), {"-f", named(file)});
   try {
@@ -197,32 +200,29 @@ pixmap drawing_programs::draw(const fs::path& file, const page_view& page, doubl
 }
 
 std::optional<std::vector<pixmap>> drawing_programs::draw_together(
-    const std::vector<styled_file>& files, const page_frame& frame,
-    const fs::path& pdf_of_first) const {
-  const bool with_pdf = !pdf_of_first.empty();
+    const fs::path& eps, const page_frame& frame, const std::vector<drawing_style>& styles,
+    const fs::path& pdf) const {
+  const bool with_pdf = !pdf.empty();
+  const std::string file = named(eps);
   std::vector<std::string> command = ghostscript(frame);
-  clean_runs runs;
+  clean_runs runs(file);
   std::uint64_t file_size = drawing_file_size;
   if (with_pdf) {
-    add_pdf_device(named(pdf_of_first), command);
-    runs.add(one_page_only, named(files.front().eps));
+    add_pdf_device(named(pdf), command);
+    runs.add(one_page_only);
     runs.add_between(change_device(frame));
-    file_size = std::max(file_size, file_limit_of(files.front().eps));
+    file_size = std::max(file_size, file_limit_of(eps));
   } else {
     add_device(command);
   }
-  std::vector<drawing_style> styles;
-  for (const styled_file& file : files) {
-    command.push_back("--permit-file-read=" + named(file.eps));
-    for (const drawing_style& style : file.styles) runs.add(set_up(style), named(file.eps));
-    styles.insert(styles.end(), file.styles.begin(), file.styles.end());
-  }
+  for (const drawing_style& style : styles) runs.add(set_up(style));
   // A save is the outermost where none is made at the start.
-  command.insert(command.end(), {"-dNOOUTERSAVE", "-c", runs.program()});
+  command.insert(command.end(),
+                 {"-dNOOUTERSAVE", "--permit-file-read=" + file, "-c", runs.program()});
   ppm_reader reader(styles.size(), max_pixels);
   const child_result ended = run_into(reader, styles.size(), command, file_size);
   using ending = child_result::ending;
-  // Without even a page, a drawing alone takes too long as well.
+  // Without even a page, a drawing alone takes too long as well; unless it was the PDF that did.
   const bool hangs = ended.how == ending::timed_out && !with_pdf && !reader.has_page();
   if (hangs || ended.how == ending::interrupted) throw_failure(command, ended);
   if (!ended.succeeded()) return std::nullopt;
@@ -259,7 +259,7 @@ bool drawing_programs::to_pdf(const fs::path& eps, const page_frame& frame, cons
   add_pdf_device(named(pdf), command);
   command.insert(command.end(), more_options.begin(), more_options.end());
   command.insert(command.end(),
-                 {"-c", free_memory, one_page_only, "-f", named(eps), "-c", tell_pages});
+                 {"-c", collect_garbage, one_page_only, "-f", named(eps), "-c", tell_pages});
   return run_to_end(command, file_limit_of(eps)).messages.ends_with(told_one_page);
 }
 
@@ -327,29 +327,21 @@ const pixmap& appearance::drawn(lazy_drawing& drawing) {
   return *picture;
 }
 
-void appearance::make_together(const std::vector<choice_of_drawings>& choices, bool with_pdf) {
-  std::vector<styled_file> files;
+void appearance::make_together(const std::vector<lazy_drawing*>& drawings, bool with_pdf) {
+  if (page_.is_pdf()) return;
   std::vector<lazy_drawing*> to_make;
-  appearance* first = nullptr;
-  for (const auto& [look, drawings] : choices) {
-    if (look->page_.is_pdf() || look->page_ != choices.front().look->page_) return;
-    std::vector<drawing_style> styles;
-    for (lazy_drawing appearance::*const member : drawings) {
-      lazy_drawing& drawing = look->*member;
-      if (drawing.picture) continue;
-      to_make.push_back(&drawing);
-      styles.push_back(drawing.style);
-    }
-    if (styles.empty()) continue;
-    if (first == nullptr) first = look;
-    files.push_back({look->file_, styles});
+  std::vector<drawing_style> styles;
+  for (lazy_drawing* drawing : drawings) {
+    if (drawing->picture) continue;
+    to_make.push_back(drawing);
+    styles.push_back(drawing->style);
   }
-  if (first == nullptr || to_make.size() < 2) return;
-  with_pdf = with_pdf && first->programs_->can_draw_pdf() && !first->has_pdf_;
-  std::optional<std::vector<pixmap>> made = first->programs_->draw_together(
-      files, first->page_.frame, with_pdf ? first->pdf() : fs::path());
+  if (styles.size() < 2) return;
+  with_pdf = with_pdf && programs_->can_draw_pdf() && !has_pdf_;
+  std::optional<std::vector<pixmap>> made =
+      programs_->draw_together(file_, page_.frame, styles, with_pdf ? pdf() : fs::path());
   if (!made) return;
-  first->has_pdf_ = first->has_pdf_ || with_pdf;
+  has_pdf_ = has_pdf_ || with_pdf;
   for (std::size_t n = 0; n < to_make.size(); ++n) to_make[n]->picture = std::move((*made)[n]);
 }
 

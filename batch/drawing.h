@@ -23,12 +23,6 @@ struct drawing_style {
   antialiasing smooth;
 };
 
-/// A file to draw in several styles. It begins with the head for its frame (see eps_page.h).
-struct styled_file {
-  std::filesystem::path eps;
-  std::vector<drawing_style> styles;
-};
-
 /// A page that can be drawn: that of an EPS file, or one of a PDF file. Of those only the size of
 /// the frame counts.
 struct page_view {
@@ -69,14 +63,17 @@ class drawing_programs {
   /// those of EPS every pixel that they touch.
   [[nodiscard]] pixmap draw(const std::filesystem::path& file, const page_view& page, double dpi,
                             antialiasing smooth) const;
-  /// Draws EPS files of one frame, one after the other, each in its styles, which are the same
-  /// drawings for less time: Ghostscript starts once, and is taken back to its start after each.
-  /// Where that has a name, a PDF file is written of the first, too, as by `to_pdf`. Nothing where
-  /// it does not work; why, `draw` and `to_pdf` tell. Throws dead_end for an interruption, and,
-  /// without PDF, where even one drawing takes too long.
+  /// Draws an EPS file in several styles, which are the same drawings for less time: Ghostscript
+  /// starts once, and is taken back to its start after each. If `pdf` has a name the file is
+  /// written there, too, as by `to_pdf`. Nothing where it does not work; why, `draw` and `to_pdf`
+  /// tell. Throws dead_end for an interruption, and, without PDF, where even one drawing takes too
+  /// long.
+  ///
+  /// It is for one file only: what Ghostscript keeps of glyphs outlives what is taken back, and
+  /// another file's fonts can have the same numbers.
   [[nodiscard]] std::optional<std::vector<pixmap>> draw_together(
-      const std::vector<styled_file>& files, const page_frame& frame,
-      const std::filesystem::path& pdf_of_first = {}) const;
+      const std::filesystem::path& eps, const page_frame& frame,
+      const std::vector<drawing_style>& styles, const std::filesystem::path& pdf = {}) const;
   /// Draws a page of a PDF file with poppler's cairo, which must be there.
   [[nodiscard]] pixmap draw_pdf(const std::filesystem::path& pdf, std::int64_t number, double dpi,
                                 antialiasing smooth) const;
@@ -137,16 +134,10 @@ class appearance {
         fine_{{dpi.fine, antialiasing::off}, {}} {}
 
   [[nodiscard]] const resolutions& dpi() const { return dpi_; }
-  /// To be called when all drawings of two files, which show the same page, are going to be asked
-  /// for; or the sharp ones by Ghostscript.
-  static void expect_all(appearance& input, appearance& result) {
-    const auto all = {&appearance::coarse_, &appearance::fine_, &appearance::smooth_};
-    make_together({{&input, all}, {&result, all}}, true);
-  }
-  static void expect_sharp(appearance& input, appearance& result) {
-    const auto sharp = {&appearance::coarse_, &appearance::fine_};
-    make_together({{&input, sharp}, {&result, sharp}}, false);
-  }
+  /// To be called when all drawings are going to be asked for, and hairlines counted; or the sharp
+  /// ones by Ghostscript.
+  void expect_all() { make_together({&coarse_, &fine_, &smooth_}, true); }
+  void expect_sharp() { make_together({&coarse_, &fine_}, false); }
   // By Ghostscript.
   const pixmap& coarse() { return drawn(coarse_); }
   const pixmap& smooth() { return drawn(smooth_); }
@@ -168,14 +159,9 @@ class appearance {
   };
 
   const pixmap& drawn(lazy_drawing& drawing);
-  /// Some drawings of a page.
-  struct choice_of_drawings {
-    appearance* look;
-    std::vector<lazy_drawing appearance::*> drawings;
-  };
-  /// Those that are missing, and PDF of the first file that they are of.
-  static void make_together(const std::vector<choice_of_drawings>& choices, bool with_pdf);
-  /// Where an EPS file's PDF is, if it is there.
+  /// Makes those that are missing, if they are several, and with them the PDF.
+  void make_together(const std::vector<lazy_drawing*>& drawings, bool with_pdf);
+  /// Where the PDF of an EPS file goes.
   [[nodiscard]] std::filesystem::path pdf() const {
     return std::filesystem::path(file_).replace_extension(".pdf");
   }
@@ -192,7 +178,7 @@ class appearance {
   lazy_drawing smooth_;
   lazy_drawing fine_;
   std::optional<hairline_counts> hairlines_;
-  bool has_pdf_ = false;  ///< of an EPS file
+  bool has_pdf_ = false;  // made by us
 };
 
 }  // namespace trellion::batch

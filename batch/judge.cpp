@@ -165,12 +165,14 @@ void compare_hairlines(appearance& input, appearance& result, const judging_rule
 }  // namespace
 
 bool shows_the_same(appearance& input, appearance& result, const judging_rule& rule) {
-  appearance::expect_sharp(input, result);
+  input.expect_sharp();
+  result.expect_sharp();
   return std::ranges::all_of(sharp_views(input, result, rule), is_right);
 }
 
 agreement judge(appearance& input, appearance& result, const judging_rule& rule) {
-  appearance::expect_all(input, result);
+  input.expect_all();
+  result.expect_all();
   const std::vector<sharp_view> views = sharp_views(input, result, rule);
   check_colours(views, rule);
   compare_hairlines(input, result, rule);

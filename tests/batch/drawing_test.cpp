@@ -76,13 +76,10 @@ TEST_F(drawings, are_the_same_together) {
   const std::vector<drawing_style> styles = {
       {144, antialiasing::off}, {600, antialiasing::off}, {144, antialiasing::on}};
   const std::filesystem::path file = directory.path() / "a.eps";
-  const std::filesystem::path other = directory.path() / "b.eps";
-  const std::filesystem::path pdf = directory.path() / "b.pdf";
-  directory.write("b.eps", framing_head(frame) + "%!PS\n/seen 1 def 9.3 8.7 21.7 17.9 rectfill " +
-                               "rand 50 mod rand 30 mod 2 2 rectfill showpage\n");
+  const std::filesystem::path pdf = directory.path() / "a.pdf";
   const auto together = [&](const std::string& text) {
     directory.write("a.eps", framing_head(frame) + "%!PS\n" + text);
-    return with.programs.draw_together({{other, {styles[0]}}, {file, styles}}, frame, pdf);
+    return with.programs.draw_together(file, frame, styles, pdf);
   };
   // Lines and rims that depend on the resolution, letters, places by chance, and what is left
   // behind: on the stacks, in local and global memory, and under the names of what is to take it
@@ -95,22 +92,16 @@ TEST_F(drawings, are_the_same_together) {
       "/Helvetica findfont 9 scalefont setfont 25 25 moveto (mesh) show "
       "1 2 [3] 10 dict begin gsave showpage\n");
   ASSERT_TRUE(pictures);
-  ASSERT_EQ(pictures->size(), 1 + styles.size());
-  const auto expect_as_alone = [&](const pixmap& made, const std::filesystem::path& eps,
-                                   const drawing_style& style) {
-    const pixmap alone = with.programs.draw(eps, {frame}, style.dpi, style.smooth);
-    EXPECT_EQ(made.width, alone.width);
-    EXPECT_TRUE(made.rgb == alone.rgb) << eps << style.dpi;
-  };
-  expect_as_alone(pictures->front(), other, styles.front());
   for (std::size_t n = 0; n < styles.size(); ++n) {
-    expect_as_alone(pictures->at(n + 1), file, styles[n]);
+    const pixmap alone = with.programs.draw(file, {frame}, styles[n].dpi, styles[n].smooth);
+    EXPECT_EQ(pictures->at(n).width, alone.width);
+    EXPECT_TRUE(pictures->at(n).rgb == alone.rgb) << styles[n].dpi;
   }
   const auto drawn_pdf = [&] {
     return with.programs.draw(pdf, {frame, 1}, 144, antialiasing::on).rgb;
   };
   const std::vector<std::uint8_t> pdf_together = drawn_pdf();
-  EXPECT_TRUE(with.programs.to_pdf(other, frame, pdf));
+  EXPECT_TRUE(with.programs.to_pdf(file, frame, pdf));
   EXPECT_TRUE(pdf_together == drawn_pdf());
   // Two pages and then none, an early end, and what goes wrong.
   EXPECT_FALSE(
@@ -121,7 +112,7 @@ TEST_F(drawings, are_the_same_together) {
   // What does not come to its first page is not waited for once more.
   directory.write("a.eps", framing_head(frame) + "%!PS\n{ } loop\n");
   const drawing_tools hasty(directory.path(), std::chrono::milliseconds(500));
-  EXPECT_THROW(static_cast<void>(hasty.programs.draw_together({{file, styles}}, frame)), dead_end);
+  EXPECT_THROW(static_cast<void>(hasty.programs.draw_together(file, frame, styles)), dead_end);
 }
 
 TEST_F(drawings, tell_why_there_are_none) {
