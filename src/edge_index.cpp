@@ -12,7 +12,8 @@ constexpr auto later = [](const ranked& a, const ranked& b) { return a.order > b
 
 lazy_queue::lazy_queue(large_array<ranked> entries) : sorted_(std::move(entries)) {
   if (sorted_.empty()) return;
-  // A large outline mostly goes along its neighbours as they were drawn, one way or the other.
+  // A large outline mostly goes along its neighbours as they were drawn, one way or the other. If
+  // it is neither, little is lost.
   if (sorted_.front().order < sorted_.back().order) std::ranges::reverse(sorted_);
   if (!std::ranges::is_sorted(sorted_, later)) std::ranges::sort(sorted_, later);
 }
@@ -296,7 +297,7 @@ void edge_index::enter_share(edge e, crowd_id id, path_index path) {
 /// The share of a path in a crowd, an empty one when it has none yet.
 edge_index::share_number edge_index::share_of(crowd_id id, path_index path) {
   const auto next = static_cast<share_number>(shares_.size());
-  constexpr int few = 4;
+  constexpr int few = 4;  // the first ones of a path are linked: most have no more
   int n_looked_at = 0;
   share_number* own = &first_share_[path];
   for (; n_looked_at < few && *own != no_share; ++n_looked_at) {

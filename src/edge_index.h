@@ -251,7 +251,7 @@ class edge_index {
   int edge_bits_ = 0;  // an edge is less than 2 to this power less 1, so no slot looks empty
   std::vector<crowd> crowds_;
   std::vector<share> shares_;              // all that have ever been
-  std::vector<share_number> first_share_;  // by path: others of its first few crowds follow
+  std::vector<share_number> first_share_;  // by path; a few more are linked to it
   std::unordered_map<std::uint64_t, share_number, share_hash> more_shares_;  // by crowd and path
   std::vector<crowd_change> crowd_changes_;
 };

@@ -85,7 +85,7 @@ ps_path_queue& strata::made_for(std::uint32_t n_points) {
   return low_[position];
 }
 
-std::uint32_t strata::first_used_of_many(std::uint32_t n_points) {
+std::uint32_t strata::first_used_high(std::uint32_t n_points) {
   auto found = high_.lower_bound(n_points);
   while (found != high_.end() && found->second.is_empty()) found = high_.erase(found);
   return found == high_.end() ? none : found->first;

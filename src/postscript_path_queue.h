@@ -58,18 +58,19 @@ class strata {
     return position < low_.size() ? low_[position] : made_for(n_points);
   }
   /// The least number of points, not below `n_points`, that a stratum has paths of, or `none`.
+  /// Drops empty strata on the way.
   std::uint32_t first_used(std::uint32_t n_points) {
     for (std::size_t i = n_points - min_points; i < low_.size(); ++i) {
       if (!low_[i].is_empty()) return min_points + static_cast<std::uint32_t>(i);
     }
-    return high_.empty() ? none : first_used_of_many(n_points);
+    return high_.empty() ? none : first_used_high(n_points);
   }
   /// Those that have paths, fewest points first.
   std::vector<ps_path_queue> used();
 
  private:
   ps_path_queue& made_for(std::uint32_t n_points);
-  std::uint32_t first_used_of_many(std::uint32_t n_points);
+  std::uint32_t first_used_high(std::uint32_t n_points);
 
   path_store* store_;
   std::vector<ps_path_queue> low_;               // of few points: mostly used

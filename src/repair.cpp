@@ -75,7 +75,7 @@ class group_repair {
       repaired_.put(' ');  // only here: a group of one path follows the text before it directly
       write(queue);
     }
-    group.vertices.swap(store_.points);  // the next group's need no memory of their own
+    group.vertices.swap(store_.points);  // the next group's go where these were
   }
 
  private:

@@ -33,8 +33,8 @@ class byte_block {
   [[nodiscard]] std::uint64_t any_of() const {
     return mask([](__m128i part) { return (_mm_cmpeq_epi8(part, _mm_set1_epi8(Chars)) | ...); });
   }
-  /// False when no byte is a CR or a brace, and mostly then: few texts hold any other byte from the
-  /// braces on. It takes less than to look for each.
+  /// False only when no byte is a CR or a brace, and mostly so when none is: few texts hold other
+  /// bytes from the braces on. It takes less than to look for each.
   [[nodiscard]] bool may_hold_return_or_brace() const {
     const auto is_return = [](__m128i part) { return _mm_cmpeq_epi8(part, _mm_set1_epi8('\r')); };
     const __m128i first_brace = _mm_set1_epi8('{');

@@ -29,8 +29,8 @@ void add_vertex(polygon_group& group, const char* x, const char* y) {
     const std::size_t most = vertices.size() + left / short_vertex + 1;
     vertices.reserve(vertices.empty() ? std::min(usual, most) : most);
   }
-  // Written where it is to be: a copy made elsewhere would be read as a whole, and had to wait for
-  // its parts.
+  // Written member by member where it is to be: a copy of a vertex just put together is one wide
+  // load, which would have to wait for the narrow stores before it.
   ps_point& vertex = vertices.emplace_back();
   vertex.coords = {at_x.thousandths, at_y.thousandths};
   vertex.text = x;

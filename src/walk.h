@@ -25,7 +25,7 @@ struct polygon_group {
   std::size_t first_fault = SIZE_MAX;
 };
 
-/// May take what it likes out of the group.
+/// May take what it likes out of the group. The memory of the arrays it leaves there is used again.
 using group_handler = std::function<void(polygon_group& group)>;
 
 /// Goes through the list once. Every run of two or more polygons that are drawn with exactly the

@@ -94,6 +94,10 @@ std::string random_text(std::mt19937& random) {
                                                   std::string(64, 'w'),
                                                   std::string(65, ' ')};
   std::string text = "x";
+  if (random() % 4 == 0) {  // one brace, and one byte beyond those of ASCII
+    while (text.size() < 120) text += "lll l ll ";
+    for (const char c : {'{', '\xe9'}) text[random() % text.size()] = c;
+  }
   while (text.size() < 400) {
     const std::size_t common = random() % 20 == 0 ? pieces.size() : pieces.size() - 3;
     text += pieces[random() % common];
