@@ -94,7 +94,7 @@ std::string set_up(const drawing_style& style) {
 /// has no name for what is kept for it.
 class clean_runs {
  public:
-  explicit clean_runs(const std::string& file) : file_(file) {}
+  explicit clean_runs(std::string file) : file_(std::move(file)) {}
 
   void add(const std::string& before) {
     runs_ += "//trellion-kept 0 save put //trellion-random srand " + before + " (" + file_ +
