@@ -86,7 +86,12 @@ void check_walk(std::string_view text, std::int32_t min_separators) {
   const token_list list(text);
   testing::captured_text console;
   try {
-    const drawing_token_set operators = drawing_token_scan(list, min_separators, false, console);
+    kept_polygons kept;
+    const drawing_token_set operators =
+        drawing_token_scan(list, min_separators, false, console, &kept);
+    fuzzing::require(
+        testing::walk_in_words(list, operators) == testing::walk_in_words(list, operators, &kept),
+        "what the scan has kept makes no difference");
     fuzzing::require(walked(list, operators) == fuzzing::with_plain_layout(text),
                      "the walk hands everything on");
   } catch (const early_end&) {

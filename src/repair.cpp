@@ -189,8 +189,9 @@ repair_summary repair(const run_settings& settings, byte_source& input, std::siz
   purge_comments(list, repaired);
   write_processing_line(settings.merge_limit, repaired);
 
+  kept_polygons kept;
   const drawing_token_set operators =
-      drawing_token_scan(list, settings.min_separators, settings.verbose, console);
+      drawing_token_scan(list, settings.min_separators, settings.verbose, console, &kept);
   std::optional<fill_macro> macro;
   if (settings.remove_mesh) {
     macro = pgf_setup(list, settings.verbose, console);
@@ -204,10 +205,11 @@ repair_summary repair(const run_settings& settings, byte_source& input, std::siz
   const path_operators output_operators = operators_to_write(operators, macro);
   repair_summary summary;
   group_repair repair_group(settings, output_operators, console, repaired, summary);
-  walk(list, operators, repaired, [&](polygon_group& group) {
+  const auto handle_group = [&](polygon_group& group) {
     if (tell_progress) tell_progress(group.begin.n_bytes());
     repair_group(group);
-  });
+  };
+  walk(list, operators, repaired, handle_group, &kept);
   return summary;
 }
 

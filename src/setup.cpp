@@ -23,8 +23,9 @@ struct counting_sink {
 /// must repeat them, with exactly two numbers at its start.
 class run_pattern {
  public:
-  run_pattern(const token_list& list, std::int32_t min_separators)
-      : tokens_(list), min_separators_(min_separators) {}
+  /// Keeps its first plain polygons, if `kept` is given and has none.
+  run_pattern(const token_list& list, std::int32_t min_separators, kept_polygons* kept)
+      : tokens_(list), min_separators_(min_separators), kept_(kept) {}
 
   /// Reads as far as the pattern goes and returns the number of polygons read.
   std::int64_t read();
@@ -40,6 +41,7 @@ class run_pattern {
   bool read_further_polygon();
   bool read_trailing();
   void read_plain();
+  std::int64_t keep_plain(const plain_operators& operators);
 
   bool read_vertex() {
     return tokens_.next_is_number() && tokens_.next_is_number() &&
@@ -55,6 +57,8 @@ class run_pattern {
 
   token_matcher tokens_;
   std::int32_t min_separators_;
+  kept_polygons* kept_;
+  std::int64_t n_leading_ = 0;  // numbers before those of the first polygon
   std::int64_t polygons_ = 0;
 };
 
@@ -77,6 +81,7 @@ bool run_pattern::read_first_polygon() {
   after_numbers = tokens_.rest();
   if (tokens_.count() < 3 || tokens_.at_end() || !tokens_.last().is_string()) return false;
   set.moveto_token = tokens_.last();
+  n_leading_ = tokens_.count() - 3;
 
   if (!tokens_.next_is_number() || !tokens_.next_is_number() || !tokens_.next()) return false;
   if (!tokens_.last().is_string() || !last_differs_from(set.moveto_token)) return false;
@@ -155,11 +160,38 @@ void run_pattern::read_plain() {
                             operator_text(set.end_polygon_token.text),
                             {}};
   for (const token& t : set.trailing_operators) operators.trailing.emplace_back(t.text);
-  counting_sink sink;
-  const std::int64_t n_polygons = read_plain_polygons(tokens_, operators, sink);
+  std::int64_t n_polygons = 0;
+  if (kept_ != nullptr && kept_->n_polygons == 0) {
+    n_polygons = keep_plain(operators);
+    kept_ = nullptr;  // once in a run: what does not begin plainly is often odd throughout
+  } else {
+    counting_sink sink;
+    n_polygons = read_plain_polygons(tokens_, operators, sink);
+  }
   if (n_polygons == 0) return;
   polygons_ += n_polygons;
   record_end();
+}
+
+std::int64_t run_pattern::keep_plain(const plain_operators& operators) {
+  // All other tokens up to here are numbers of vertices and the operators behind them.
+  const std::int64_t n_ends = polygons_ * static_cast<std::int64_t>(1 + operators.trailing.size());
+  const std::int64_t n_tokens = tokens_.count();
+  kept_->begin = tokens_.rest();
+  kept_->n_polygons_before = static_cast<std::size_t>(polygons_);
+  kept_->n_vertices_before = static_cast<std::size_t>((n_tokens - n_leading_ - n_ends) / 3);
+  kept_->list.clear();
+  kept_->list.vertices.resize(kept_->n_vertices_before);
+  kept_->list.n_vertices.resize(kept_->n_polygons_before);
+  polygon_sink sink{kept_->list, tokens_.rest().text_end(), 2, nullptr};
+  kept_->n_polygons = read_plain_polygons(tokens_, operators, sink);
+  sink.drop_unended();
+  kept_->n_tokens = tokens_.count() - n_tokens;
+  const std::int64_t n_polygons = kept_->n_polygons;
+  if (n_polygons > 0) {
+    kept_->last_token = kept_->begin.from(tokens_.last().text.data(), tokens_.last().line_number);
+  }
+  return n_polygons;
 }
 
 /// A text that two sets share exactly when their operators are equal. Token texts hold no blank,
@@ -233,13 +265,14 @@ bool is_safe_name(std::string_view name, const token_list& list,
 }  // namespace
 
 drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_separators,
-                                     bool verbose, text_writer& console) {
+                                     bool verbose, text_writer& console, kept_polygons* kept) {
   console.put("Looking for polygon drawing operators...").put(nl).flush();
   if (verbose) console.put("Possible drawing token sets:").put(nl);
 
   // Ordered: no file can be made to slow it down, as colliding texts do to a hash table.
   std::map<std::string, drawing_token_set> candidates;
   const drawing_token_set* best = nullptr;
+  const drawing_token_set* drawn_kept = nullptr;  // what those that are kept are drawn with
   token_list start = list;
   while (!start.empty()) {
     start = next_possible_run(start);
@@ -248,7 +281,8 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
       start = next;
       continue;
     }
-    run_pattern run(start, min_separators);
+    const bool had_kept = kept != nullptr && kept->n_polygons > 0;
+    run_pattern run(start, min_separators, kept);
     if (run.read() < 2) {
       // Any later start in the same stretch of numbers would meet the same tokens and fail like
       // this one, and the last number alone cannot start a polygon: go on after the stretch.
@@ -260,6 +294,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
     const auto [found, added] = candidates.try_emplace(signature(run.set), run.set);
     drawing_token_set& candidate = found->second;
     if (!added) candidate.token_count += run.set.token_count;
+    if (kept != nullptr && !had_kept && kept->n_polygons > 0) drawn_kept = &candidate;
     if (best == nullptr || candidate.token_count > best->token_count) best = &candidate;
     start = run.resume;
   }
@@ -269,6 +304,10 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
     throw early_end{end_reason::no_operators};
   }
   display_dts(*best, false, console);
+  // The walk reads no polygons at once that an operator varies in.
+  const std::vector<token>& trailing = best->trailing_operators;
+  const bool varies = !trailing.empty() && trailing.back().kind == token_kind::varying;
+  if (kept != nullptr && (drawn_kept != best || varies)) *kept = {};
   return *best;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bytes.h"
+#include "polygon_list.h"
 #include "tokens.h"
 
 namespace trellion {
@@ -25,8 +26,12 @@ struct drawing_token_set {
 /// them on the console (in verbose mode every run as well). At least `min_separators` operators,
 /// the end-polygon operator included, must stand between two polygons. When there is no such run
 /// the console gets a fatal line and the run ends early. Linear in the length of the list.
+///
+/// The first plain polygons of a run go to `kept`, if that is given; nothing does when it turns out
+/// that polygons drawn with other operators are to be joined.
 drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_separators,
-                                     bool verbose, text_writer& console);
+                                     bool verbose, text_writer& console,
+                                     kept_polygons* kept = nullptr);
 
 /// Writes a set and its count: on one line when `compact`, with labels otherwise.
 void display_dts(const drawing_token_set& set, bool compact, text_writer& console);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "token_cursor.h"
@@ -11,57 +12,18 @@
 namespace trellion {
 namespace {
 
-/// Adds a vertex to a group, given where its numbers stand.
-void add_vertex(polygon_group& group, const char* x, const char* y) {
-  const char* const end = group.begin.text_end();
-  const coordinate at_x = coordinate_at(x, end);
-  const coordinate at_y = coordinate_at(y, end);
-  large_array<ps_point>& vertices = group.vertices;
-  if (at_x.fault != coordinate_fault::none || at_y.fault != coordinate_fault::none) {
-    group.first_fault = std::min(group.first_fault, vertices.size());
-  }
-  if (vertices.size() == vertices.capacity()) {
-    // Once for most groups. For a large one room for about all that the text holds: growing would
-    // be copying, and where memory is real only once it is used, more than is needed costs nothing.
-    constexpr std::size_t usual = std::size_t{1} << 16;
-    constexpr std::size_t short_vertex = 12;  // bytes of its text
-    const auto left = static_cast<std::size_t>(end - x);
-    const std::size_t most = vertices.size() + left / short_vertex + 1;
-    vertices.reserve(vertices.empty() ? std::min(usual, most) : most);
-  }
-  // Written member by member where it is to be: a copy of a vertex just put together is one wide
-  // load, which would have to wait for the narrow stores before it.
-  ps_point& vertex = vertices.emplace_back();
-  vertex.coords = {at_x.thousandths, at_y.thousandths};
-  vertex.text = x;
-}
-
-/// Takes the plain polygons of a run into its group.
-struct group_sink {
-  polygon_group& group;
-  std::size_t n_vertices;  ///< of the polygons that have ended
-
-  void vertex(const char* x, const char* y) const { add_vertex(group, x, y); }
-  bool end_polygon(std::uint32_t n) {
-    group.n_vertices.push_back(n);
-    n_vertices = group.vertices.size();
-    return true;
-  }
-};
-
 /// Reads consecutive polygons of exactly one form, up to the token that breaks the run, and gathers
 /// their vertices in a group.
 class run_matcher {
  public:
   /// `plain` has the operators' texts, unless one of them varies.
   run_matcher(const token_list& list, const drawing_token_set& operators,
-              const std::optional<plain_operators>& plain, polygon_group& group)
-      : operators_(operators), plain_(plain), group_(group), tokens_(list) {
+              const std::optional<plain_operators>& plain, polygon_group& group,
+              kept_polygons* kept)
+      : operators_(operators), plain_(plain), group_(group), kept_(kept), tokens_(list) {
     group_.begin = list;
     group_.end = list;
-    group_.vertices.clear();
-    group_.n_vertices.clear();
-    group_.first_fault = SIZE_MAX;
+    group_.clear();
   }
 
   /// Returns the number of polygons read. That of the group can be one less.
@@ -76,6 +38,7 @@ class run_matcher {
 
  private:
   void read_plain();
+  bool take_over_kept();
   bool read_polygon();
   bool read_vertex(const token& op);
   bool read_trailing();
@@ -85,6 +48,7 @@ class run_matcher {
   const drawing_token_set& operators_;
   const std::optional<plain_operators>& plain_;
   polygon_group& group_;
+  kept_polygons* kept_;  // if there are any
   token_matcher tokens_;
   std::int64_t polygons_ = 0;
   std::size_t n_vertices_ = 0;  // of the group: up to its end
@@ -104,12 +68,36 @@ std::int64_t run_matcher::read() {
 
 void run_matcher::read_plain() {
   if (!plain_) return;
-  group_sink sink{group_, group_.vertices.size()};
-  const std::int64_t n_polygons = read_plain_polygons(tokens_, *plain_, sink);
-  group_.vertices.resize(sink.n_vertices);
-  if (n_polygons == 0) return;
-  polygons_ += n_polygons;
+  const char* const stop = kept_ != nullptr ? kept_->first_vertex() : nullptr;
+  do {
+    polygon_sink sink{group_, group_.begin.text_end(), 1, stop};
+    const std::int64_t n_polygons = read_plain_polygons(tokens_, *plain_, sink);
+    sink.drop_unended();
+    if (n_polygons == 0) continue;
+    polygons_ += n_polygons;
+    end_group_here();
+  } while (take_over_kept());
+}
+
+/// Takes over what the scan has kept, if that begins here. The group must have just those polygons
+/// that there is room for before it; else it is given up, as its memory would stay to the end.
+bool run_matcher::take_over_kept() {
+  if (kept_ == nullptr || kept_->n_polygons == 0) return false;
+  if (!kept_->begin.same_head(tokens_.rest())) return false;
+  if (kept_->n_polygons_before != group_.n_vertices.size() ||
+      kept_->n_vertices_before != group_.vertices.size()) {
+    *kept_ = {};
+    return false;
+  }
+  polygon_list& list = kept_->list;
+  std::ranges::copy(group_.vertices, list.vertices.begin());
+  std::ranges::copy(group_.n_vertices, list.n_vertices.begin());
+  list.first_fault = std::min(list.first_fault, group_.first_fault);
+  static_cast<polygon_list&>(group_) = std::move(list);
+  tokens_.pass_to(kept_->last_token, kept_->n_tokens);
+  polygons_ += std::exchange(kept_->n_polygons, 0);
   end_group_here();
+  return true;
 }
 
 /// Reads a polygon after its first number.
@@ -130,7 +118,7 @@ bool run_matcher::read_vertex(const token& op) {
   if (!tokens_.next_is_number()) return false;
   const char* const y = tokens_.last().text.data();
   if (!tokens_.next_is(op)) return false;
-  add_vertex(group_, x, y);
+  group_.add_vertex(x, y, group_.begin.text_end());
   return true;
 }
 
@@ -208,7 +196,7 @@ token_list next_possible_run(const token_list& list, const operator_text& moveto
 }  // namespace
 
 void walk(token_list list, const drawing_token_set& operators, text_writer& out,
-          const group_handler& handle_group) {
+          const group_handler& handle_group, kept_polygons* kept) {
   const std::vector<std::string_view> texts = operator_texts(operators);
   const auto is_operator = [&texts](const token& t) {
     return t.is_string() && std::ranges::binary_search(texts, t.text);
@@ -225,7 +213,7 @@ void walk(token_list list, const drawing_token_set& operators, text_writer& out,
       list = rest;
       continue;
     }
-    run_matcher run(list, operators, plain, group);
+    run_matcher run(list, operators, plain, group, kept);
     if (run.read() >= 2) {
       purge({unwritten, list}, out);
       unwritten = group.end;

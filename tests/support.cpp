@@ -14,6 +14,27 @@
 
 namespace trellion::testing {
 
+std::string walk_in_words(const token_list& list, const drawing_token_set& operators,
+                          kept_polygons* kept) {
+  captured_text out;
+  const auto put = [&](auto... numbers) {
+    const auto one = [&](auto n) {
+      static_cast<text_writer&>(out).put(std::to_string(n)).put(' ');
+    };
+    (one(numbers), ...);
+  };
+  const auto hand_over = [&](const polygon_group& group) {
+    put(list.n_bytes() - group.begin.n_bytes(), list.n_bytes() - group.end.n_bytes());
+    put(group.begin.line_number(), group.end.line_number(), group.last_line);
+    for (const std::uint32_t n : group.n_vertices) put(n);
+    for (const ps_point& p : group.vertices)
+      put(p.coords[0], p.coords[1], list.text_end() - p.text);
+    put(std::min(group.first_fault, group.vertices.size()));
+  };
+  walk(list, operators, out, hand_over, kept);
+  return out.text();
+}
+
 std::string read_file(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

@@ -9,6 +9,7 @@
 
 #include "files.h"
 #include "setup.h"
+#include "walk.h"
 
 namespace trellion::testing {
 
@@ -30,6 +31,10 @@ class captured_text {
   string_sink sink_;
   text_writer writer_{sink_};
 };
+
+/// What the walk through a list hands over and writes, in words.
+std::string walk_in_words(const token_list& list, const drawing_token_set& operators,
+                          kept_polygons* kept = nullptr);
 
 /// The bytes of a file; empty when it cannot be read.
 std::string read_file(const std::filesystem::path& path);
