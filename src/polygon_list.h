@@ -48,7 +48,7 @@ struct kept_polygons {
   token_list begin;       ///< the list that they are the beginning of
   token_list last_token;  ///< the list that begins with their last token
   std::int64_t n_tokens = 0;
-  std::int64_t n_polygons = 0;  ///< when there are none the list is but memory
+  std::int64_t n_polygons = 0;  ///< 0 when there are none
   std::size_t n_polygons_before = 0;
   std::size_t n_vertices_before = 0;
   polygon_list list;

@@ -307,7 +307,7 @@ drawing_token_set drawing_token_scan(const token_list& list, std::int32_t min_se
   // The walk reads no polygons at once that an operator varies in.
   const std::vector<token>& trailing = best->trailing_operators;
   const bool varies = !trailing.empty() && trailing.back().kind == token_kind::varying;
-  if (kept != nullptr && (drawn_kept != best || varies)) kept->n_polygons = 0;
+  if (kept != nullptr && (drawn_kept != best || varies)) *kept = {};
   return *best;
 }
 

@@ -80,22 +80,20 @@ void run_matcher::read_plain() {
 }
 
 /// Takes over what the scan has kept, if that begins here. The group must have just those polygons
-/// that there is room for before it; else it is given up.
+/// that there is room for before it; else it is given up, as its memory would stay to the end.
 bool run_matcher::take_over_kept() {
   if (kept_ == nullptr || kept_->n_polygons == 0) return false;
   if (!kept_->begin.same_head(tokens_.rest())) return false;
   if (kept_->n_polygons_before != group_.n_vertices.size() ||
       kept_->n_vertices_before != group_.vertices.size()) {
-    *kept_ = {};  // it would stay to the end
+    *kept_ = {};
     return false;
   }
   polygon_list& list = kept_->list;
   std::ranges::copy(group_.vertices, list.vertices.begin());
   std::ranges::copy(group_.n_vertices, list.n_vertices.begin());
   list.first_fault = std::min(list.first_fault, group_.first_fault);
-  // The other arrays stay as well: freed now, they would have malloc hold on to more than they
-  // take.
-  std::swap(static_cast<polygon_list&>(group_), list);
+  static_cast<polygon_list&>(group_) = std::move(list);
   tokens_.pass_to(kept_->last_token, kept_->n_tokens);
   polygons_ += std::exchange(kept_->n_polygons, 0);
   end_group_here();
@@ -206,8 +204,6 @@ void walk(token_list list, const drawing_token_set& operators, text_writer& out,
   const operator_text moveto(operators.moveto_token.text);
   const std::optional<plain_operators> plain = plain_operators_of(operators);
   polygon_group group;
-  const bool has_memory_only = kept != nullptr && kept->n_polygons == 0;
-  if (has_memory_only) std::swap(static_cast<polygon_list&>(group), kept->list);
   token_list unwritten = list;  // what lies between it and the list is to be written
   while (!list.empty()) {
     list = next_possible_run(list, moveto);
