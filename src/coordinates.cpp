@@ -8,8 +8,6 @@
 namespace trellion {
 namespace {
 
-constexpr std::size_t max_coord_length = 8;
-
 /// A number cut to the length of a coordinate text, its sign and point taken apart.
 struct decimal {
   bool negative = false;
@@ -39,45 +37,8 @@ decimal decimal_at(const char* text, const char* end) {
   return result;
 }
 
-/// The thousandths of most numbers, from the eight bytes of their text at once; not_common for
-/// those of more than three decimals, without a digit, or too large.
-constexpr std::int64_t not_common = INT64_MAX;
-
-std::int64_t common_thousandths(std::uint64_t word) {
-  const bool negative = (word & 0xff) == '-';
-  word >>= negative ? 8 : 0;
-  const number_form form = number_form_of(word);
-  const unsigned n_digits = form.length - (form.has_point ? 1 : 0);
-  const unsigned decimals = n_digits - form.before_point;
-  if (n_digits == 0 || decimals > 3) return not_common;
-
-  // The digits without the point, the last one in the highest byte, zeros before the first.
-  const std::uint64_t before = (std::uint64_t{1} << (8 * form.before_point % 64)) - 1;
-  std::uint64_t digits = form.has_point ? (word & before) | (word >> 8 & ~before) : word;
-  digits = (digits & 0x0f0f0f0f0f0f0f0f) << (8 * (8 - n_digits));
-  // Neighbours are joined to numbers of two digits, those to four, those to eight.
-  digits = digits * 10 + (digits >> 8);
-  digits = ((digits & 0x000000ff000000ff) * 0x000f424000000064 +
-            (digits >> 16 & 0x000000ff000000ff) * 0x0000271000000001) >>
-           32;
-  static constexpr std::array<std::int64_t, 4> unit = {1000, 100, 10, 1};
-  const std::int64_t value = static_cast<std::int64_t>(digits) * unit[decimals];
-  if (value > INT32_MAX) return not_common;
-  return negative ? -value : value;
-}
-
-}  // namespace
-
-std::string_view coord_text(const char* text, const char* end) {
-  const std::size_t length = std::min(max_coord_length, static_cast<std::size_t>(end - text));
-  return {text, static_cast<std::size_t>(skip_number(text, text + length) - text)};
-}
-
-coordinate coordinate_at(const char* text, const char* end) {
-  if (words_are_text && end - text >= 8) {
-    const std::int64_t common = common_thousandths(load_word(text));
-    if (common != not_common) return {static_cast<std::int32_t>(common)};
-  }
+/// The coordinate of any number, from one digit after the other.
+coordinate coordinate_by_digits(const char* text, const char* end) {
   const decimal number = decimal_at(text, end);
   if (number.n_digits == 0) return {0, coordinate_fault::no_value};
   // The value is digits over a power of ten, both exact, so the quotient is the correctly rounded
@@ -90,6 +51,41 @@ coordinate coordinate_at(const char* text, const char* end) {
   const std::int64_t result = number.negative ? -rounded : rounded;
   if (result < INT32_MIN || result > INT32_MAX) return {0, coordinate_fault::too_large};
   return {static_cast<std::int32_t>(result)};
+}
+
+}  // namespace
+
+std::string_view coord_text(const char* text, const char* end) {
+  const std::size_t length = std::min(max_coord_length, static_cast<std::size_t>(end - text));
+  return {text, static_cast<std::size_t>(skip_number(text, text + length) - text)};
+}
+
+coordinate coordinate_at(const char* text, const char* end) {
+  const char* const digits_at = *text == '-' ? text + 1 : text;
+  if (!words_are_text || end - digits_at < 8) return coordinate_by_digits(text, end);
+  const number_form form = number_form_of(load_word(digits_at));
+  const auto sign = static_cast<unsigned>(digits_at - text);
+  return coordinate_of({text, sign + form.length, sign + form.before_point}, end);
+}
+
+/// Some programs write many decimals. The fourth of them mostly tells how to round.
+coordinate uncommon_coordinate(number_text number, const char* end) {
+  const bool negative = *number.begin == '-';
+  const unsigned sign = negative ? 1 : 0;
+  const char* const text = number.begin + sign;
+  const unsigned length = std::min<unsigned>(number.length, max_coord_length) - sign;
+  const unsigned before_point = std::min(number.point - sign, length);
+  const unsigned fourth = before_point + 4;
+  const bool has_fourth = fourth < length;
+  const unsigned common_length = has_fourth ? fourth : length;
+  if (!is_common(common_length, before_point) || end - text < common_bytes ||
+      (has_fourth && text[fourth] == '5')) {
+    return coordinate_by_digits(number.begin, end);
+  }
+  const bool rounds_up = has_fourth && text[fourth] > '5';
+  const std::int32_t thousandths =
+      common_thousandths(text, common_length, before_point) + (rounds_up ? 1 : 0);
+  return {negative ? -thousandths : thousandths};
 }
 
 std::size_t plain_vertex_length(const char* text, const char* end) {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
+
+#include "string_utils.h"
 
 namespace trellion {
 
@@ -13,6 +17,9 @@ struct coordinate {
   std::int32_t thousandths = 0;
   coordinate_fault fault = coordinate_fault::none;
 };
+
+/// The bytes of a number after which a coordinate ends.
+inline constexpr std::size_t max_coord_length = 8;
 
 /// A vertex of a polygon: the numbers decide where it is, the text is what is written of it.
 struct ps_point {
@@ -29,6 +36,16 @@ struct ps_point {
 /// number, or at `end`. A fault when no value can be read or it does not fit 32 bits.
 coordinate coordinate_at(const char* text, const char* end);
 
+/// A number in a text, and how it is made up.
+struct number_text {
+  const char* begin;
+  unsigned length;  ///< in bytes
+  unsigned point;   ///< bytes before the next ".", which can stand behind the number
+};
+
+/// The same for such a number.
+coordinate coordinate_of(number_text number, const char* end);
+
 /// That number as it is written.
 std::string_view coord_text(const char* text, const char* end);
 
@@ -40,5 +57,63 @@ std::size_t plain_vertex_length(const char* text, const char* end);
 /// Where the second of a vertex's numbers stands, given the first; only blanks and line ends are
 /// between them.
 const char* second_number(const char* first, const char* end);
+
+// In the header because every number of a polygon comes here. Most have at most six digits before
+// the point and three behind it, eight bytes in all, which are taken at once.
+
+/// What coordinate_of makes of the other numbers.
+coordinate uncommon_coordinate(number_text number, const char* end);
+
+/// So many bytes are read of a common number, also when it has fewer.
+inline constexpr unsigned common_bytes = 8;
+
+/// Whether common_thousandths can be given digits and a point, so many bytes in all.
+inline bool is_common(unsigned length, unsigned before_point) {
+  const unsigned missing = before_point < 4 ? 4 - before_point : 0;
+  return words_are_text && before_point <= 6 && length + missing <= common_bytes &&
+         length + before_point > 1;  // there is a digit
+}
+
+/// The thousandths of a common number, given where its digits begin.
+inline std::int32_t common_thousandths(const char* text, unsigned length, unsigned before_point) {
+  // The bytes are shifted so that the point is the fifth of them, or further behind if need be.
+  // What is missing on either side counts as zeros.
+  const unsigned missing = before_point < 4 ? 4 - before_point : 0;
+  // Which bytes are digits, and what the pairs of them weigh: the first and third, the others.
+  struct place_values {
+    std::uint64_t digits, even, odd;
+  };
+  static constexpr std::array<place_values, 3> by_point = {
+      {{0x0f0f0f000f0f0f0f, 100'000ULL << 32 | 100, 1'000ULL << 32 | 1},
+       {0x0f0f000f0f0f0f0f, 1'000'000ULL << 32 | 100, 10'000ULL << 32 | 10},
+       {0x0f000f0f0f0f0f0f, 10'000'000ULL << 32 | 1'000, 100'000ULL << 32 | 100}}};
+  const place_values& values = by_point[before_point + missing - 4];
+  const unsigned behind = common_bytes - length;
+  const std::uint64_t digits =
+      load_word(text) << (8 * behind) >> (8 * (behind - missing)) & values.digits;
+  const std::uint64_t pairs = digits * 10 + (digits >> 8);
+  constexpr std::uint64_t every_fourth = 0x000000ff000000ff;
+  const std::uint64_t sum =
+      (pairs & every_fourth) * values.even + (pairs >> 16 & every_fourth) * values.odd;
+  return static_cast<std::int32_t>(sum >> 32);
+}
+
+inline coordinate coordinate_of(number_text number, const char* end) {
+  const char* text = number.begin;
+  unsigned before_point = std::min(number.point, number.length);
+  unsigned length = number.length;
+  const bool negative = *text == '-';
+  if (negative) {
+    ++text;
+    --before_point;
+    --length;
+  }
+  if (number.length > max_coord_length || !is_common(length, before_point) ||
+      end - text < common_bytes) {
+    return uncommon_coordinate(number, end);
+  }
+  const std::int32_t thousandths = common_thousandths(text, length, before_point);
+  return {negative ? -thousandths : thousandths};
+}
 
 }  // namespace trellion

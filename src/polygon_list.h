@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,7 +20,16 @@ struct polygon_list {
   void clear();
   /// Adds a vertex to the polygon that is being read, given where its numbers stand, in a text that
   /// ends at `end`.
-  void add_vertex(const char* x, const char* y, const char* end);
+  void add_vertex(const char* x, const char* y, const char* end) {
+    add_vertex(x, coordinate_at(x, end), coordinate_at(y, end), end);
+  }
+  void add_vertex(number_text x, number_text y, const char* end) {
+    add_vertex(x.begin, coordinate_of(x, end), coordinate_of(y, end), end);
+  }
+
+ private:
+  void add_vertex(const char* text, coordinate x, coordinate y, const char* end);
+  void grow(std::size_t text_left);
 };
 
 /// Takes plain polygons into a list, up to one that has fewer vertices than it may have, or whose
@@ -31,7 +41,7 @@ struct polygon_sink {
   const char* stop;
   std::size_t n_vertices = list.vertices.size();  ///< of the polygons that have ended
 
-  void vertex(const char* x, const char* y) const { list.add_vertex(x, y, text_end); }
+  void vertex(number_text x, number_text y) const { list.add_vertex(x, y, text_end); }
   bool end_polygon(std::uint32_t n) {
     if (n < least_vertices || list.vertices[n_vertices].text == stop) return false;
     list.n_vertices.push_back(n);
@@ -58,5 +68,18 @@ struct kept_polygons {
     return n_polygons > 0 ? list.vertices[n_vertices_before].text : nullptr;
   }
 };
+
+inline void polygon_list::add_vertex(const char* text, coordinate x, coordinate y,
+                                     const char* end) {
+  if (x.fault != coordinate_fault::none || y.fault != coordinate_fault::none) {
+    first_fault = std::min(first_fault, vertices.size());
+  }
+  if (vertices.size() == vertices.capacity()) grow(static_cast<std::size_t>(end - text));
+  // Written member by member where it is to be: a copy of a vertex just put together is one wide
+  // load, which would have to wait for the narrow stores before it.
+  ps_point& vertex = vertices.emplace_back();
+  vertex.coords = {x.thousandths, y.thousandths};
+  vertex.text = text;
+}
 
 }  // namespace trellion

@@ -14,7 +14,7 @@ constexpr std::string_view macro_body =
 
 /// Counts plain polygons. They have at least two vertices.
 struct counting_sink {
-  static void vertex(const char* /*x*/, const char* /*y*/) {}
+  static void vertex(number_text /*x*/, number_text /*y*/) {}
   static bool end_polygon(std::uint32_t n_vertices) { return n_vertices >= 2; }
 };
 

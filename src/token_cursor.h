@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "coordinates.h"
 #include "string_utils.h"
 #include "token_marks.h"
 #include "tokens.h"
@@ -43,7 +44,7 @@ class token_cursor {
  public:
   /// The list must not begin with blank lines.
   explicit token_cursor(const token_list& list)
-      : list_(list), block_(list.text_begin()), line_number_(list.line_number()) {}
+      : list_(list), block_{list.text_begin(), list.line_number(), {}} {}
 
   /// Moves to the next token. False, without moving, when the list must go on.
   bool next() {
@@ -56,19 +57,24 @@ class token_cursor {
   bool next_is(const operator_text& text) { return next() && is(text); }
   /// Moves to the next number; to the last token before the list must go on when there is none.
   bool next_number() {
-    while ((left_ & marks_.numbers) == 0) {
-      if (marks_.tokens != 0) bit_ = 63 - std::countl_zero(marks_.tokens);
+    while ((left_ & block_.marks.numbers) == 0) {
+      if (block_.marks.tokens != 0) bit_ = 63 - std::countl_zero(block_.marks.tokens);
       left_ = 0;
       if (!next_block()) return false;
     }
-    bit_ = std::countr_zero(left_ & marks_.numbers);
+    bit_ = std::countr_zero(left_ & block_.marks.numbers);
     left_ &= ~std::uint64_t{1} << bit_;
     return true;
   }
 
   /// What the current token is.
-  [[nodiscard]] const char* text() const { return block_ + bit_; }
-  [[nodiscard]] bool is_number() const { return (marks_.numbers >> bit_ & 1) != 0; }
+  [[nodiscard]] const char* text() const { return block_.text + bit_; }
+  [[nodiscard]] bool is_number() const { return (block_.marks.numbers >> bit_ & 1) != 0; }
+  /// Of a number, where it stands and how it is made up.
+  [[nodiscard]] number_text number() const {
+    return {text(), static_cast<unsigned>(std::countr_zero(block_.marks.breaks >> bit_)),
+            static_cast<unsigned>(std::countr_zero(block_.marks.points >> bit_))};
+  }
   [[nodiscard]] bool is(const operator_text& op) const {
     return op.is_at(text(), list_.text_end());
   }
@@ -81,35 +87,47 @@ class token_cursor {
   };
   /// The place of the current token; the list's own before the first.
   [[nodiscard]] place here() const {
-    return {text(), line_number_, marks_.line_ends & ((std::uint64_t{1} << bit_) - 1)};
+    return {text(), block_.line_number, block_.marks.line_ends & ((std::uint64_t{1} << bit_) - 1)};
   }
   [[nodiscard]] token_list list_from(const place& start) const {
     return list_.from(start.text, start.line_number + std::popcount(start.line_ends));
   }
 
  private:
+  struct block {
+    const char* text;
+    std::int64_t line_number;  // where it begins
+    token_marks marks;
+  };
+
   bool next_block() {
-    const char* next = block_;
-    std::int64_t line_number = line_number_;
-    token_marks marks = marks_;
+    const char* const text = block_.text;
+    const std::int64_t line_number = block_.line_number;
+    const char* const end = list_.text_end();
     do {  // twice at most: before a word there can be a gap that is marked alone
-      next += marks.length;
-      line_number += std::popcount(marks.line_ends);
-      if (next == list_.text_end()) return false;
-      marks = mark_tokens(next, list_.text_end());
-      if (marks.length == 0) return false;
-    } while (marks.tokens == 0);
-    block_ = next;
-    line_number_ = line_number;
-    marks_ = marks;
-    left_ = marks.tokens;
+      block_.text += block_.marks.length;
+      block_.line_number += std::popcount(block_.marks.line_ends);
+      const bool at_end = block_.text == end;
+      if (!at_end) mark_tokens(block_.text, end, block_.marks);
+      if (at_end || block_.marks.length == 0) {
+        stay_at(text, line_number);
+        return false;
+      }
+    } while (block_.marks.tokens == 0);
+    left_ = block_.marks.tokens;
     return true;
   }
 
+  /// Goes back to the block that holds the current token, and marks it once more. That is needed
+  /// once at the end; to keep the marks would take a copy for every block.
+  void stay_at(const char* text, std::int64_t line_number) {
+    block_.text = text;
+    block_.line_number = line_number;
+    if (text != list_.text_end()) mark_tokens(text, list_.text_end(), block_.marks);
+  }
+
   token_list list_;
-  const char* block_;
-  std::int64_t line_number_;
-  token_marks marks_;  // of the block
+  block block_;
   std::uint64_t left_ = 0;
   int bit_ = 0;
 };
@@ -145,32 +163,30 @@ struct plain_operators {
 
 /// Reads whole polygons of exactly one form as fast as can be, and leaves the first that it cannot
 /// read to the matcher, which is then where reading those before would have brought it. Returns the
-/// number of polygons read. The sink gets `vertex(x, y)`, where the texts of a vertex stand, and
+/// number of polygons read. The sink gets `vertex(x, y)`, the numbers of a vertex, and
 /// `end_polygon(n_vertices)`, false from which refuses the polygon; the vertices after the last one
 /// ended are to be dropped.
 template <typename Sink>
 std::int64_t read_plain_polygons(token_matcher& tokens, const plain_operators& operators,
                                  Sink& sink) {
   token_cursor cursor(tokens.rest());
-  const auto read_vertex = [&](const operator_text& op) {
-    const char* const x = cursor.text();
-    if (!cursor.next_is_number()) return false;
-    sink.vertex(x, cursor.text());
-    return cursor.next_is(op);
-  };
   std::int64_t n_read = 0;
   std::int64_t n_polygons = 0;
   const auto read_polygon = [&] {
-    if (!cursor.next_is_number() || !read_vertex(operators.moveto)) return false;
-    std::uint32_t n_vertices = 1;
+    std::uint32_t n_vertices = 0;
+    const operator_text* op = &operators.moveto;
     bool more = cursor.next();
     for (; more && cursor.is_number(); more = cursor.next()) {
-      if (!read_vertex(operators.lineto)) return false;
+      const number_text x = cursor.number();
+      if (!cursor.next_is_number()) return false;
+      sink.vertex(x, cursor.number());
+      if (!cursor.next_is(*op)) return false;
       ++n_vertices;
+      op = &operators.lineto;
     }
-    if (!more || !cursor.is(operators.end_polygon)) return false;
-    for (const operator_text& op : operators.trailing) {
-      if (!cursor.next_is(op)) return false;
+    if (!more || n_vertices == 0 || !cursor.is(operators.end_polygon)) return false;
+    for (const operator_text& trailing : operators.trailing) {
+      if (!cursor.next_is(trailing)) return false;
     }
     if (!sink.end_polygon(n_vertices)) return false;
     n_read += 3 * std::int64_t{n_vertices} + 1;

@@ -66,19 +66,17 @@ class byte_block {
 };
 
 /// A word of 64 bytes or more.
-token_marks long_word(const char* text, const char* end) {
+void mark_long_word(const char* text, const char* end, token_marks& marks) {
   const char* after = text + block_bytes;
   while (after != end && !ends_word(*after)) ++after;
-  token_marks marks;
-  if (after == end) return marks;
+  if (after == end) return;
   marks.tokens = 1;
   marks.length = static_cast<std::size_t>(after - text);
-  return marks;
 }
 
 }  // namespace
 
-token_marks mark_tokens(const char* text, const char* end) {
+void mark_tokens(const char* text, const char* end, token_marks& marks) {
   const auto left = static_cast<std::size_t>(end - text);
   std::array<char, block_bytes> padded;
   const bool is_short = left < block_bytes;
@@ -111,10 +109,11 @@ token_marks mark_tokens(const char* text, const char* end) {
   const std::uint64_t stray_minuses = minuses & (~starts | breaks >> 1);
   std::uint64_t spoilers = their_bytes & (~number_bytes | second_points | stray_minuses);
 
-  token_marks marks;
   if (breaks == 0) {
+    marks = {};
     const bool may_be_number = could_be_numbers != 0 && spoilers == 0;
-    return may_be_number ? marks : long_word(text, end);
+    if (!may_be_number) mark_long_word(text, end, marks);
+    return;
   }
   marks.numbers = could_be_numbers;
   for (; spoilers != 0; spoilers &= spoilers - 1) {
@@ -122,18 +121,18 @@ token_marks mark_tokens(const char* text, const char* end) {
     marks.numbers &= ~std::bit_floor(starts & upto);
   }
   marks.tokens = starts | (others & ~returns & within);
+  marks.points = points;
+  marks.breaks = breaks;
   marks.line_ends = (feeds | (returns & ~(feeds >> 1))) & within;
   const bool all_gap = marks.tokens == 0 && within == ~std::uint64_t{0};
-  if (!all_gap) {
-    marks.length = std::min(left, block_bytes - static_cast<std::size_t>(std::countl_zero(within)));
-  }
-  return marks;
+  const auto length = block_bytes - static_cast<std::size_t>(std::countl_zero(within));
+  marks.length = all_gap ? 0 : std::min(left, length);
 }
 
 #else
 
 // Made without such instructions the masks take longer than splitting the tokens off.
-token_marks mark_tokens(const char* /*text*/, const char* /*end*/) { return {}; }
+void mark_tokens(const char* /*text*/, const char* /*end*/, token_marks& marks) { marks = {}; }
 
 #endif
 

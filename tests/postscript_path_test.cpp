@@ -66,8 +66,9 @@ TEST(coordinates, are_thousandths_rounded_away_from_zero) {
   EXPECT_EQ(value(".0004"), 0);
   EXPECT_EQ(value("-5."), -5000);
   // Every text of digits and a point, against the rounding of the double that it stands for.
-  for (const auto* digits : {"0000004", "1000005", "1499999", "0499949", "2147483", "0000355"}) {
-    for (std::size_t point = 0; point <= 7; ++point) {
+  for (const std::string digits : {"0000004", "1000005", "1499999", "0499949", "2147483", "0000355",
+                                   "1876543", "98765", "876", "7"}) {
+    for (std::size_t point = 0; point <= digits.size(); ++point) {
       const std::string number = std::string(digits).insert(point, ".");
       const double scaled = std::strtod(number.c_str(), nullptr) * 1000.0;
       EXPECT_EQ(value(number), static_cast<std::int64_t>(scaled + 0.5)) << number;

@@ -138,6 +138,12 @@ TEST(tokens, are_the_same_for_a_cursor) {
         const token t = list.take_head();
         ASSERT_EQ(cursor.is_number(), t.is_number()) << t.text << " in " << text;
         ASSERT_EQ(cursor.is(op), t.text == "l") << text;
+        if (t.is_number()) {
+          const char* const begin = t.text.data();
+          ASSERT_EQ(coordinate_of(cursor.number(), list.text_end()).thousandths,
+                    coordinate_at(begin, begin + t.text.size()).thousandths)
+              << t.text << " in " << text;
+        }
         ++n_tokens;
       }
       if (!list.empty()) list.take_head();
