@@ -83,8 +83,21 @@ struct lone_side {
   label to;
 };
 
+/// The upright box of a side, with a margin.
+box box_around(const place& a, const place& b, std::int64_t margin) {
+  return {{std::min(a.x, b.x) - margin, std::min(a.y, b.y) - margin},
+          {std::max(a.x, b.x) + margin, std::max(a.y, b.y) + margin}};
+}
+
+/// Whether no point of a side lies in a box. It spares most sides a closer look.
+bool keeps_out(const box& of, const place& c, const place& d) {
+  return std::max(c.x, d.x) < of.low.x || std::min(c.x, d.x) > of.high.x ||
+         std::max(c.y, d.y) < of.low.y || std::min(c.y, d.y) > of.high.y;
+}
+
 bool has_side_along(const mesh& of, const polygon& p, const place& a, const place& b,
                     const nearness& near) {
+  const box around = box_around(a, b, near.distance + 1);
   const auto distance = static_cast<double>(near.distance);
   const auto least = static_cast<double>(near.least);
   const auto squared_length = [](const place& from, const place& to) {
@@ -98,6 +111,7 @@ bool has_side_along(const mesh& of, const polygon& p, const place& a, const plac
   return std::ranges::any_of(corners, [&](label corner) {
     const place c = std::exchange(from, of.points[corner]);
     const place& d = of.points[corner];
+    if (keeps_out(around, c, d)) return false;
     return squared_length(c, d) > length ? run_along(c, d, a, b, distance, least)
                                          : run_along(a, b, c, d, distance, least);
   });
@@ -109,8 +123,11 @@ struct lone_findings {
   std::vector<bool> at_rim;           ///< by polygon: it has a side with nothing beyond
 };
 
-/// Polygons with more corners are not looked at, so that the time stays near-linear.
-constexpr std::uint32_t many_corners = 256;
+// Beyond these a side counts as one with nothing beyond, so that the time stays near-linear where
+// polygons lie on each other.
+constexpr std::uint32_t many_corners = 256;  ///< of a polygon to look at
+constexpr std::size_t most_looks = 1024;     ///< at sides, from a side
+constexpr std::size_t most_beside = 4;       ///< to a side on the average: twice what meshes have
 
 lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
                          std::span<const std::uint32_t> batch_of, const nearness& near) {
@@ -122,18 +139,19 @@ lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
   for (const lone_side& each : lone) {
     const place& a = of.points[each.from];
     const place& b = of.points[each.to];
-    const std::int64_t margin = near.distance;
     around.clear();
-    search.add_near({{std::min(a.x, b.x) - margin, std::min(a.y, b.y) - margin},
-                     {std::max(a.x, b.x) + margin, std::max(a.y, b.y) + margin}},
-                    around);
+    if (result.beside.size() <= most_beside * lone.size()) {
+      search.add_near(box_around(a, b, near.distance), around);
+    }
     bool is_rim = true;
+    std::size_t n_looks = 0;
     for (const std::uint32_t p : around) {
       const polygon& other = of.polygons[p];
-      if (p == each.polygon || other.form == shape::other || other.n_corners > many_corners ||
-          !has_side_along(of, other, a, b, near)) {
+      if (p == each.polygon || other.form == shape::other || other.n_corners > many_corners)
         continue;
-      }
+      n_looks += other.n_corners;
+      if (n_looks > most_looks) break;
+      if (!has_side_along(of, other, a, b, near)) continue;
       is_rim = false;
       if (batch_of[p] > each.batch) result.beside.push_back(joint_key(each.batch, p));
     }
