@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "pdf/numbers.h"
 
@@ -221,6 +222,7 @@ effect state_tracker::set_dash(std::span<const operand> operands) {
 
 effect state_tracker::set_parameters(std::string_view name) {
   const auto parameters = surroundings_.resources.graphics_state(plain_name(name));
+  const text_id set_before = std::exchange(now_.parameters, texts_.id_of(name));
   if (!parameters) {
     now_.opaque_fill = now_.opaque_stroke = false;
     now_.normal_blend = now_.unmasked = now_.no_overprint = false;
@@ -241,6 +243,11 @@ effect state_tracker::set_parameters(std::string_view name) {
   set(now_.normal_blend, parameters->normal_blend);
   set(now_.unmasked, parameters->unmasked);
   set(now_.no_overprint, parameters->no_overprint);
+  // Less than opaque can be another degree of it than before.
+  if (now_.parameters != set_before &&
+      (parameters->opaque_fill == false || parameters->opaque_stroke == false ||
+       parameters->no_overprint == false))
+    is_quiet = false;
   // A new mask, or another mode, may be another one of the kind that is not understood.
   if (!now_.unmasked || !now_.normal_blend) is_quiet = false;
   return is_quiet ? effect::quiet : effect::other;

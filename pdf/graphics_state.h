@@ -64,6 +64,7 @@ struct graphics_state {
   line_style line;
   text_id flatness = unknown_text;
   text_id intent = unknown_text;
+  text_id parameters = unknown_text;  ///< the name that was set last
   linear_map matrix;
   bool opaque_fill = true;
   bool opaque_stroke = true;

@@ -15,7 +15,7 @@ class few_resources : public named_resources {
     graphics_parameters result;
     result.only_these = name != "/Line";
     if (name == "/A" || name == "/Half") result.opaque_fill = name == "/A";
-    if (name == "/Pale") result.opaque_stroke = false;
+    if (name == "/Pale" || name == "/Paler") result.opaque_stroke = false;
     if (name == "/Blend") result.normal_blend = false;
     if (name == "/Mask") result.unmasked = false;
     if (name == "/Over") result.no_overprint = false;
