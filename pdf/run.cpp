@@ -92,7 +92,8 @@ bool is_flat(std::span<const place> corners) {
 bool run::take(path& painted, op painter, const graphics_state& state) {
   if (painted.is_odd() || (closes(painter) && painted.ended_with_point())) return false;
   if (painter == op::end_path) return true;
-  if (!takes_any_ || !(scale_ > 0)) return false;
+  // A matrix that makes all of it a line makes it a thin one, which viewers show.
+  if (!takes_any_ || !(smallest_scale(state.matrix) * scale_ > 0)) return false;
   if (painter == op::stroke || painter == op::close_stroke)
     return take_stroke(painted, painter, state) || take_line(painted, painter, state);
   if (!state.fills_opaquely() || !state.fill.is_known()) return false;

@@ -148,6 +148,14 @@ TEST(content, leaves_what_it_does_not_understand) {
         "BI /W 1 /H 1 /BPC 8 /CS /G ID \xff EI"}) {
     EXPECT_EQ(repaired(two + barrier + " 0 g " + two), square + barrier + square);
   }
+  // Strokes would be as pale as before. The same again changes nothing.
+  const std::string pale = "/Pale gs " + two;
+  EXPECT_EQ(repaired(pale + "/Paler gs " + two + "BT ET"),
+            "/Pale gs" + square + "/Paler gs" + square + "BT ET");
+  EXPECT_EQ(repaired(pale + pale + "BT ET"), "/Pale gs" + square + "BT ET");
+  // What a matrix makes a line, viewers show like one.
+  const std::string flat = "1 1 1 1 0 0 cm " + two;
+  EXPECT_EQ(repaired(flat), flat);
   for (const char* state : {"/Half gs", "/Unknown gs", "/Pattern cs /P scn"}) {
     EXPECT_EQ(repaired("q " + std::string(state) + ' ' + two + "Q " + two),
               "q " + std::string(state) + ' ' + two + "Q" + square);
