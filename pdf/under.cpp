@@ -125,9 +125,10 @@ struct lone_findings {
 
 // Beyond these a side counts as one with nothing beyond, so that the time stays near-linear where
 // polygons lie on each other.
-constexpr std::uint32_t many_corners = 256;  ///< of a polygon to look at
-constexpr std::size_t most_looks = 1024;     ///< at sides, from a side
-constexpr std::size_t most_beside = 4;       ///< to a side on the average: twice what meshes have
+constexpr std::uint32_t many_corners = 256;   ///< of a polygon to look at
+constexpr std::size_t most_looks = 4096;      ///< at sides, from a side
+constexpr std::size_t most_looks_each = 256;  ///< on the average
+constexpr std::size_t most_beside = 4;        ///< on the average: twice what meshes have
 
 lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
                          std::span<const std::uint32_t> batch_of, const nearness& near) {
@@ -136,11 +137,14 @@ lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
   if (lone.empty()) return result;
   const overlaps search(of);
   std::vector<std::uint32_t> around;
+  constexpr std::size_t few_sides = 4096;
+  const std::size_t most_all_looks = most_looks_each * std::max(lone.size(), few_sides);
+  std::size_t n_all_looks = 0;
   for (const lone_side& each : lone) {
     const place& a = of.points[each.from];
     const place& b = of.points[each.to];
     around.clear();
-    if (result.beside.size() <= most_beside * lone.size()) {
+    if (n_all_looks <= most_all_looks && result.beside.size() <= most_beside * lone.size()) {
       search.add_near(box_around(a, b, near.distance), around);
     }
     bool is_rim = true;
@@ -155,6 +159,7 @@ lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
       is_rim = false;
       if (batch_of[p] > each.batch) result.beside.push_back(joint_key(each.batch, p));
     }
+    n_all_looks += n_looks;
     if (is_rim) result.at_rim[each.polygon] = true;
   }
   return result;
