@@ -62,19 +62,20 @@ std::string_view coord_text(const char* text, const char* end) {
 
 coordinate coordinate_at(const char* text, const char* end) {
   const char* const digits_at = *text == '-' ? text + 1 : text;
-  if (!words_are_text || end - digits_at < 8) return coordinate_by_digits(text, end);
+  if (!words_are_text || end - digits_at < common_bytes) return coordinate_by_digits(text, end);
   const number_form form = number_form_of(load_word(digits_at));
   const auto sign = static_cast<unsigned>(digits_at - text);
   return coordinate_of({text, sign + form.length, sign + form.before_point}, end);
 }
 
-/// Some programs write many decimals. The fourth of them mostly tells how to round.
+/// Some programs write many decimals. The fourth of them tells how to round, unless it is a 5: then
+/// the last bit of the double decides that the number stands for.
 coordinate uncommon_coordinate(number_text number, const char* end) {
   const bool negative = *number.begin == '-';
   const unsigned sign = negative ? 1 : 0;
   const char* const text = number.begin + sign;
   const unsigned length = std::min<unsigned>(number.length, max_coord_length) - sign;
-  const unsigned before_point = std::min(number.point - sign, length);
+  const unsigned before_point = std::min(number.before_point - sign, length);
   const unsigned fourth = before_point + 4;
   const bool has_fourth = fourth < length;
   const unsigned common_length = has_fourth ? fourth : length;

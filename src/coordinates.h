@@ -31,22 +31,24 @@ struct ps_point {
   }
 };
 
-/// The coordinate that the number at `text` stands for: times 1000, rounded to nearest, halves away
-/// from zero. It ends after eight characters, or where something follows that does not belong to a
-/// number, or at `end`. A fault when no value can be read or it does not fit 32 bits.
+/// The coordinate that the number at `text`, before `end`, stands for: times 1000, rounded to
+/// nearest, halves away from zero. It ends after eight characters, or where something follows that
+/// does not belong to a number, or at `end`. A fault when no value can be read or it does not fit
+/// 32 bits.
 coordinate coordinate_at(const char* text, const char* end);
 
 /// A number in a text, and how it is made up.
 struct number_text {
   const char* begin;
-  unsigned length;  ///< in bytes
-  unsigned point;   ///< bytes before the next ".", which can stand behind the number
+  unsigned length;        ///< in bytes
+  unsigned before_point;  ///< bytes before its "."; when it has none, as many as its length or more
 };
 
-/// The same for such a number.
+/// The coordinate of a number whose make-up is known, in a text that ends at `end`: that of
+/// coordinate_at.
 coordinate coordinate_of(number_text number, const char* end);
 
-/// That number as it is written.
+/// The number at `text` as it is written, so much of it as makes a coordinate.
 std::string_view coord_text(const char* text, const char* end);
 
 /// The length of a vertex's two numbers as they are written, when that is just how they stand at
@@ -58,10 +60,10 @@ std::size_t plain_vertex_length(const char* text, const char* end);
 /// between them.
 const char* second_number(const char* first, const char* end);
 
-// In the header because every number of a polygon comes here. Most have at most six digits before
-// the point and three behind it, eight bytes in all, which are taken at once.
+// In the header because every number of a polygon comes here. Common ones have at most six digits
+// before the point and three behind it, eight bytes in all, which are taken at once.
 
-/// What coordinate_of makes of the other numbers.
+/// What coordinate_of makes of numbers that are not common.
 coordinate uncommon_coordinate(number_text number, const char* end);
 
 /// So many bytes are read of a common number, also when it has fewer.
@@ -79,9 +81,13 @@ inline std::int32_t common_thousandths(const char* text, unsigned length, unsign
   // The bytes are shifted so that the point is the fifth of them, or further behind if need be.
   // What is missing on either side counts as zeros.
   const unsigned missing = before_point < 4 ? 4 - before_point : 0;
-  // Which bytes are digits, and what the pairs of them weigh: the first and third, the others.
+  // Pairs of bytes are numbers of two digits, in which the point is a zero. Two of them are weighed
+  // by one product: the earlier one by the upper half of a constant, the later one by its lower
+  // half.
   struct place_values {
-    std::uint64_t digits, even, odd;
+    std::uint64_t digits;           // the bytes that are digits, for each place of the point
+    std::uint64_t first_and_third;  // weights of these pairs
+    std::uint64_t second_and_fourth;
   };
   static constexpr std::array<place_values, 3> by_point = {
       {{0x0f0f0f000f0f0f0f, 100'000ULL << 32 | 100, 1'000ULL << 32 | 1},
@@ -93,14 +99,14 @@ inline std::int32_t common_thousandths(const char* text, unsigned length, unsign
       load_word(text) << (8 * behind) >> (8 * (behind - missing)) & values.digits;
   const std::uint64_t pairs = digits * 10 + (digits >> 8);
   constexpr std::uint64_t every_fourth = 0x000000ff000000ff;
-  const std::uint64_t sum =
-      (pairs & every_fourth) * values.even + (pairs >> 16 & every_fourth) * values.odd;
+  const std::uint64_t sum = (pairs & every_fourth) * values.first_and_third +
+                            (pairs >> 16 & every_fourth) * values.second_and_fourth;
   return static_cast<std::int32_t>(sum >> 32);
 }
 
 inline coordinate coordinate_of(number_text number, const char* end) {
   const char* text = number.begin;
-  unsigned before_point = std::min(number.point, number.length);
+  unsigned before_point = std::min(number.before_point, number.length);
   unsigned length = number.length;
   const bool negative = *text == '-';
   if (negative) {

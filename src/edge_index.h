@@ -242,7 +242,7 @@ class edge_index {
   path_store& store_;
   hash_keys keys_;
   std::uint32_t crowd_size_;
-  large_array<rank> ranks_;  // by path, of those that are to be joined
+  large_array<rank> ranks_;  // by path; of those that are not to be joined they have no value
   large_array<slot> slots_;
   std::size_t used_slots_ = 0;
   edge_filter known_;                // all edges that have been in the table

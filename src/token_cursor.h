@@ -119,7 +119,7 @@ class token_cursor {
   }
 
   /// Goes back to the block that holds the current token, and marks it once more. That is needed
-  /// once at the end; to keep the marks would take a copy for every block.
+  /// where a cursor stops; to keep the marks would take a copy for every block.
   void stay_at(const char* text, std::int64_t line_number) {
     block_.text = text;
     block_.line_number = line_number;
@@ -174,19 +174,19 @@ std::int64_t read_plain_polygons(token_matcher& tokens, const plain_operators& o
   std::int64_t n_polygons = 0;
   const auto read_polygon = [&] {
     std::uint32_t n_vertices = 0;
-    const operator_text* op = &operators.moveto;
+    const operator_text* expected = &operators.moveto;
     bool more = cursor.next();
     for (; more && cursor.is_number(); more = cursor.next()) {
       const number_text x = cursor.number();
       if (!cursor.next_is_number()) return false;
       sink.vertex(x, cursor.number());
-      if (!cursor.next_is(*op)) return false;
+      if (!cursor.next_is(*expected)) return false;
       ++n_vertices;
-      op = &operators.lineto;
+      expected = &operators.lineto;
     }
     if (!more || n_vertices == 0 || !cursor.is(operators.end_polygon)) return false;
-    for (const operator_text& trailing : operators.trailing) {
-      if (!cursor.next_is(trailing)) return false;
+    for (const operator_text& op : operators.trailing) {
+      if (!cursor.next_is(op)) return false;
     }
     if (!sink.end_polygon(n_vertices)) return false;
     n_read += 3 * std::int64_t{n_vertices} + 1;

@@ -80,6 +80,7 @@ TEST(coordinates, are_cut_to_eight_characters_and_must_fit) {
   EXPECT_EQ(value("123.456789"), 123457);  // 123.4567
   EXPECT_EQ(value("2147483.647"), 2147483000);
   EXPECT_EQ(value("-2147483.648"), -2147483000);
+  EXPECT_EQ(value("-1234.567"), -1234560);
   const auto fault = [](std::string_view text) {
     return coordinate_at(text.data(), text.data() + text.size()).fault;
   };

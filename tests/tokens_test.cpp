@@ -139,10 +139,10 @@ TEST(tokens, are_the_same_for_a_cursor) {
         ASSERT_EQ(cursor.is_number(), t.is_number()) << t.text << " in " << text;
         ASSERT_EQ(cursor.is(op), t.text == "l") << text;
         if (t.is_number()) {
-          const char* const begin = t.text.data();
-          ASSERT_EQ(coordinate_of(cursor.number(), list.text_end()).thousandths,
-                    coordinate_at(begin, begin + t.text.size()).thousandths)
-              << t.text << " in " << text;
+          const coordinate by_marks = coordinate_of(cursor.number(), list.text_end());
+          const coordinate alone = coordinate_at(t.text.data(), t.text.data() + t.text.size());
+          ASSERT_EQ(by_marks.thousandths, alone.thousandths) << t.text << " in " << text;
+          ASSERT_EQ(by_marks.fault, alone.fault) << t.text << " in " << text;
         }
         ++n_tokens;
       }
