@@ -28,10 +28,10 @@ void write_vertex(const path_store& store, point_index point, std::string_view o
   out.put(coord_text(y, store.text_end)).put(' ').put(op);
 }
 
-/// Sum of the absolute differences of x and of y.
-wrapping distance(const ps_point& a, const ps_point& b) {
-  return static_cast<wrapping>(std::abs(std::int64_t{a.coords[0]} - b.coords[0]) +
-                               std::abs(std::int64_t{a.coords[1]} - b.coords[1]));
+/// The distance of two points, given the differences of x and of y: the sum of both.
+wrapping distance(wrapping x, wrapping y) {
+  const auto size = [](wrapping n) { return std::abs(static_cast<std::int64_t>(n)); };
+  return static_cast<wrapping>(size(x) + size(y));
 }
 
 /// Links points that lie side by side to the ring of a path.
@@ -192,11 +192,11 @@ bool is_sound(const path_store& store, path_index path) {
 }
 
 bool adds_nothing(const ps_point& before, const ps_point& point, const ps_point& after) {
-  if (distance(before, after) * distance(point, after) * distance(before, point) == 0) return true;
   const wrapping ux = difference(point.coords[0], before.coords[0]);
   const wrapping uy = difference(point.coords[1], before.coords[1]);
   const wrapping vx = difference(after.coords[0], point.coords[0]);
   const wrapping vy = difference(after.coords[1], point.coords[1]);
+  if (distance(ux + vx, uy + vy) * distance(vx, vy) * distance(ux, uy) == 0) return true;
   return ux != 0 ? vx * uy == ux * vy : vx == 0;
 }
 
