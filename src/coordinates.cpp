@@ -62,7 +62,8 @@ std::string_view coord_text(const char* text, const char* end) {
 
 coordinate coordinate_at(const char* text, const char* end) {
   const char* const digits_at = *text == '-' ? text + 1 : text;
-  if (!words_are_text || end - digits_at < common_bytes) return coordinate_by_digits(text, end);
+  if (!words_are_text || end - digits_at < std::ptrdiff_t{common_bytes})
+    return coordinate_by_digits(text, end);
   const number_form form = number_form_of(load_word(digits_at));
   const auto sign = static_cast<unsigned>(digits_at - text);
   return coordinate_of({text, sign + form.length, sign + form.before_point}, end);
@@ -79,7 +80,7 @@ coordinate uncommon_coordinate(number_text number, const char* end) {
   const unsigned fourth = before_point + 4;
   const bool has_fourth = fourth < length;
   const unsigned common_length = has_fourth ? fourth : length;
-  if (!is_common(common_length, before_point) || end - text < common_bytes ||
+  if (!is_common(common_length, before_point) || end - text < std::ptrdiff_t{common_bytes} ||
       (has_fourth && text[fourth] == '5')) {
     return coordinate_by_digits(number.begin, end);
   }

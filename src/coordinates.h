@@ -115,7 +115,7 @@ inline coordinate coordinate_of(number_text number, const char* end) {
     --length;
   }
   if (number.length > max_coord_length || !is_common(length, before_point) ||
-      end - text < common_bytes) {
+      end - text < std::ptrdiff_t{common_bytes}) {
     return uncommon_coordinate(number, end);
   }
   const std::int32_t thousandths = common_thousandths(text, length, before_point);

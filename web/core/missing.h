@@ -66,6 +66,21 @@ void stable_sort(range&& values, order before = {}, projection key = {}) {
 }
 
 template <class range, class order>
+bool is_sorted(const range& values, order before) {
+  return std::is_sorted(std::begin(values), std::end(values), before);
+}
+
+template <class range>
+void reverse(range&& values) {
+  std::reverse(std::begin(values), std::end(values));
+}
+
+template <class range, class iterator>
+void copy(const range& values, iterator to) {
+  std::copy(std::begin(values), std::end(values), to);
+}
+
+template <class range, class order>
 void push_heap(range&& values, order before) {
   std::push_heap(std::begin(values), std::end(values), before);
 }
