@@ -62,8 +62,9 @@ std::string_view coord_text(const char* text, const char* end) {
 
 coordinate coordinate_at(const char* text, const char* end) {
   const char* const digits_at = *text == '-' ? text + 1 : text;
-  if (!words_are_text || end - digits_at < std::ptrdiff_t{common_bytes})
+  if (!words_are_text || end - digits_at < std::ptrdiff_t{common_bytes}) {
     return coordinate_by_digits(text, end);
+  }
   const number_form form = number_form_of(load_word(digits_at));
   const auto sign = static_cast<unsigned>(digits_at - text);
   return coordinate_of({text, sign + form.length, sign + form.before_point}, end);
