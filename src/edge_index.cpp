@@ -97,7 +97,7 @@ void edge_index::add_changed(const std::vector<edge>& edges) {
   for (const staged_edge& staged : staged_) add_staged(staged);
 }
 
-void edge_index::add_put_off() {
+void edge_index::add_all_put_off() {
   staged_.clear();
   for (const edge e : put_off_) {
     if (!is_put_off(e)) continue;
@@ -243,8 +243,7 @@ ranked edge_index::first_neighbour_in_bundle(edge e) {
   return first;
 }
 
-bool edge_index::gather_crowd(edge e) {
-  if (record(e).crowded) return true;
+bool edge_index::gather_from_bundle(edge e) {
   std::uint32_t bundle_size = 1;
   for (edge other = record(e).next_alike; other != e; other = record(other).next_alike) {
     if (++bundle_size <= crowd_size_) continue;

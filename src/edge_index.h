@@ -112,7 +112,9 @@ class edge_index {
   /// be indexed. Some may be put off.
   void add_changed(const std::vector<edge>& edges);
   /// Indexes what has been put off: before another path looks, or changes its edges.
-  void add_put_off();
+  void add_put_off() {
+    if (!put_off_.empty()) add_all_put_off();
+  }
   /// Removes an edge from the index; its points must be where they were when it was added.
   void remove(edge e);
   /// Removes two edges that lie alike.
@@ -154,7 +156,10 @@ class edge_index {
     return record(e).crowded && crowd_of(e) == id;
   }
   /// Makes the bundle of an edge a crowd when it has become large enough. Whether e is crowded.
-  bool gather_crowd(edge e);
+  bool gather_crowd(edge e) {
+    const edge_record& l = record(e);
+    return l.crowded || (l.next_alike != e && gather_from_bundle(e));
+  }
   /// The first in rank of the paths of a crowd other than the given one, or nobody.
   ranked first_in_crowd(crowd_id id, path_index other_than);
   /// Tells the crowd of an edge that the rank of the edge's path has become smaller.
@@ -223,6 +228,7 @@ class edge_index {
   [[nodiscard]] const edge_record& record(edge e) const { return store_.links[e].record; }
   [[nodiscard]] bool is_live_head(edge e) const { return record(e).indexed && record(e).head; }
   void add_staged(const staged_edge& staged);
+  void add_all_put_off();
   [[nodiscard]] bool is_put_off(edge e) const {
     const edge_record& r = record(e);
     return r.indexed && !r.head && !r.crowded && r.next_alike == e;
@@ -230,6 +236,7 @@ class edge_index {
   void join(edge e, edge head);
   void replace_head(edge old_head, edge new_head);
   void resize_table(std::size_t least_slots);
+  bool gather_from_bundle(edge e);
   void make_crowd(edge member);
   void enter_crowd(edge e, crowd_id id);
   void remove_from_crowd(edge e);

@@ -29,8 +29,7 @@ void large_paths::add(path_index path) {
   of(path).by_rank = lazy_queue(std::move(lone));
 }
 
-void large_paths::remove(path_index path) {
-  if (!is_large_[path]) return;
+void large_paths::forget(path_index path) {
   if (path == last_) last_ = no_path;
   large_.erase(path);
   is_large_[path] = false;
@@ -62,7 +61,7 @@ void large_paths::note_stretch(path_index path, edge first, edge last) {
   }
 }
 
-void large_paths::catch_up() {
+void large_paths::note_crowd_changes() {
   for (const auto [e, id] : index_.crowd_changes()) {
     const path_index path = index_.owner(e);
     if (!is_large_[path]) continue;
@@ -214,6 +213,7 @@ edge large_paths::first_shared_edge(path_index path, path_index partner) {
 /// quick where they lie side by side, as in a notch, but for a rung between two jaws takes half the
 /// ring: when it takes long the ring's order decides, from then on kept in labels.
 edge large_paths::first_from_cursor(path_index path) {
+  if (shared_.size() == 1) return shared_.front();
   std::ranges::sort(shared_);
   shared_.erase(std::unique(shared_.begin(), shared_.end()), shared_.end());
   const point_index start = store_.paths[path].cursor;

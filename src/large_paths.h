@@ -37,14 +37,18 @@ class large_paths {
   [[nodiscard]] bool contains(path_index path) const { return is_large_[path]; }
   /// Makes a path a large one: looks at all its edges.
   void add(path_index path);
-  void remove(path_index path);
+  void remove(path_index path) {
+    if (is_large_[path]) forget(path);
+  }
   /// Takes note of an edge that has been added to a large path, or to the index.
   void note_edge(path_index path, edge e);
   /// Takes note of the points from `first` to `last` that have been linked into a large path.
   void note_stretch(path_index path, edge first, edge last);
   /// Takes note of the edges that have come into crowds or left them. Must be called before edges
   /// get other owners or points are linked into a large path; looks call it themselves.
-  void catch_up();
+  void catch_up() {
+    if (!index_.crowd_changes().empty()) note_crowd_changes();
+  }
   /// Lets the large paths beside an edge, and its crowd, know that it is there, or that the rank of
   /// its path has become smaller.
   void announce(edge e);
@@ -75,6 +79,8 @@ class large_paths {
   };
 
   large_path& of(path_index path);
+  void forget(path_index path);
+  void note_crowd_changes();
   static void set_bound(large_path& large, crowd_id id, own_crowd& own, rank bound);
   void enter_crowd(path_index path, edge e);
   void label(large_path& large, path_index path);

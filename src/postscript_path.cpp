@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <span>
 
 #include "param.h"
 
@@ -198,6 +197,24 @@ bool adds_nothing(const ps_point& before, const ps_point& point, const ps_point&
   const wrapping vy = difference(after.coords[1], point.coords[1]);
   if (distance(ux + vx, uy + vy) * distance(vx, vy) * distance(ux, uy) == 0) return true;
   return ux != 0 ? vx * uy == ux * vy : vx == 0;
+}
+
+bool has_only_corners(std::span<const ps_point> outline) {
+  const ps_point* point = &outline.back();
+  wrapping ux = difference(point->coords[0], outline[outline.size() - 2].coords[0]);
+  wrapping uy = difference(point->coords[1], outline[outline.size() - 2].coords[1]);
+  wrapping all = 0;
+  bool is_straight = false;  // somewhere
+  for (const ps_point& after : outline) {
+    const wrapping vx = difference(after.coords[0], point->coords[0]);
+    const wrapping vy = difference(after.coords[1], point->coords[1]);
+    all |= (vx + reach) | (vy + reach);
+    is_straight |= vx * uy == ux * vy;
+    ux = vx;
+    uy = vy;
+    point = &after;
+  }
+  return !is_straight && all < 2 * reach;
 }
 
 void remove_superfluous_points_v2(path_store& store, path_index path) {

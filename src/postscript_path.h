@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -144,6 +145,10 @@ inline wrapping difference(std::int32_t a, std::int32_t b) {
   return static_cast<wrapping>(std::int64_t{a} - std::int64_t{b});
 }
 
+/// So far a point can be from its neighbour, along either axis, that a product of two such
+/// distances is below 2 to the power 61: it cannot wrap to zero.
+inline constexpr wrapping reach = wrapping{1} << 19;
+
 /// What is_superfluous finds out, of any three points.
 bool adds_nothing(const ps_point& before, const ps_point& point, const ps_point& after);
 
@@ -154,12 +159,14 @@ inline bool is_superfluous(const ps_point& before, const ps_point& point, const 
   const wrapping uy = difference(point.coords[1], before.coords[1]);
   const wrapping vx = difference(after.coords[0], point.coords[0]);
   const wrapping vy = difference(after.coords[1], point.coords[1]);
-  // Most points are corners between neighbours that are not far away. Then no two coincide, and the
-  // product of the distances is below 2 to the power 61, so that it cannot wrap to zero.
-  constexpr wrapping reach = wrapping{1} << 19;
+  // Most points are corners between neighbours that are not far away. Then no two coincide.
   const bool all_near = ((ux + reach) | (uy + reach) | (vx + reach) | (vy + reach)) < 2 * reach;
   return !all_near || vx * uy == ux * vy ? adds_nothing(before, point, after) : false;
 }
+
+/// Tells of most outlines in which no point is superfluous that it is so: what stands side by side
+/// is quickly looked through. Of others, and a few of those, it does not.
+bool has_only_corners(std::span<const ps_point> outline);
 
 /// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
 /// three points or more, or none: then the path must only be discarded. The point after the last

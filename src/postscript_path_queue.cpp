@@ -122,9 +122,15 @@ ps_path_queue tokens_to_ps_path_queue(polygon_group& group, path_store& store, t
       __builtin_prefetch(&store.paths[group.order[i + ahead]]);
       __builtin_prefetch(&group.n_vertices[group.order[i + ahead]]);
     }
-    tokens_to_ps_path(store, path, first, group.n_vertices[path]);
-    remove_superfluous_points_v2(store, path);
-    first += group.n_vertices[path];
+    const std::uint32_t n_points = group.n_vertices[path];
+    tokens_to_ps_path(store, path, first, n_points);
+    if (n_points > 1 && has_only_corners(std::span(store.points).subspan(first, n_points))) {
+      // That is where the walk would end.
+      store.paths[path].cursor = store.prev(store.paths[path].cursor);
+    } else {
+      remove_superfluous_points_v2(store, path);
+    }
+    first += n_points;
   }
   for (path_index path = 0; path < n_paths; ++path) {
     if (store.paths[path].n_points >= strata::min_points) queue.add_after_last(path);

@@ -315,6 +315,7 @@ edge engine::partner_edge(path_index partner_path, edge at) const {
 }
 
 void engine::index_changed_edges() {
+  if (cleanup_.changed_edges().empty()) return;
   index_.add_changed(cleanup_.changed_edges());
   for (const edge e : cleanup_.changed_edges()) {
     large_.announce(e);
