@@ -64,7 +64,7 @@ const char* second_number(const char* first, const char* end);
 // before the point and three behind it, eight bytes in all, which are taken at once.
 
 /// What coordinate_of makes of numbers that are not common.
-coordinate uncommon_coordinate(number_text number, const char* end);
+[[gnu::noinline]] coordinate uncommon_coordinate(number_text number, const char* end);
 
 /// So many bytes are read of a common number, also when it has fewer.
 inline constexpr unsigned common_bytes = 8;
