@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 #include "string_utils.h"
 
@@ -94,10 +95,13 @@ coordinate uncommon_coordinate(number_text number, const char* end) {
 std::size_t plain_vertex_length(const char* text, const char* end) {
   constexpr std::ptrdiff_t looked_at = 24;
   if (!words_are_text || end - text < looked_at) return 0;
+  // The bytes of a number, "-" to "9", differ from a blank in some of the five lower bits alone;
+  // what ends it is a blank, or differs in others. Behind the first end there can be anything.
   const auto length_at = [](const char* number) {
-    const std::uint64_t word = load_word(number);
-    const unsigned sign = (word & 0xff) == '-' ? 1 : 0;
-    return sign + number_form_of(word >> (8 * sign)).length;
+    constexpr std::uint64_t each = 0x0101010101010101;
+    const std::uint64_t word = load_word(number) ^ each * ' ';
+    const std::uint64_t ends = (~(word + each * 0x7f) | word << 1 | word << 2) & each * 0x80;
+    return static_cast<unsigned>(std::countr_zero(ends)) / 8;
   };
   const unsigned x = length_at(text);
   if (text[x] != ' ') return 0;

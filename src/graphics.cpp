@@ -78,7 +78,8 @@ void create_intermediate_eps(path_store& store, std::span<const ps_path_queue> q
   }
   frame.put(nl).put("0 setlinewidth").put(nl);
   const bool stroked = ending == outline_ending::stroked;
-  const path_operators operators = {"moveto", "lineto", stroked ? "closepath stroke" : "closepath"};
+  const path_operators operators = {vertex_operator("moveto"), vertex_operator("lineto"),
+                                    stroked ? "closepath stroke" : "closepath"};
   for (const ps_path_queue& queue : queues) queue.output(operators, frame);
   frame.put("%EOF").put(nl).flush();
   file.close();

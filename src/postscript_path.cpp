@@ -9,22 +9,27 @@
 namespace trellion {
 namespace {
 
-void write_vertex(const path_store& store, point_index point, std::string_view op,
+/// Writes a vertex whatever its numbers look like. Out of line: most look plain.
+[[gnu::noinline]] void write_odd_vertex(const char* x, const char* text_end, std::string_view op,
+                                        text_writer& out) {
+  const char* const y = second_number(x, text_end);
+  out.put(coord_text(x, text_end)).put(' ').put(coord_text(y, text_end)).put(' ').put(op);
+}
+
+void write_vertex(const path_store& store, point_index point, const vertex_operator& op,
                   text_writer& out) {
   const char* const x = store.points[point].text;
   const std::size_t length = plain_vertex_length(x, store.text_end);
   constexpr std::size_t most = 24;  // of both numbers, rounded up: copying so many needs no loop
-  if (length > 0 && op.size() < most) {
-    char* const to = out.room_for(3 * most);
-    std::memcpy(to, x, most);
-    to[length] = ' ';
-    op.copy(to + length + 1, op.size());
-    out.advance(length + 1 + op.size());
+  if (length == 0 || op.text.size() > op.start.size()) {
+    write_odd_vertex(x, store.text_end, op.text, out);
     return;
   }
-  const char* const y = second_number(x, store.text_end);
-  out.put(coord_text(x, store.text_end)).put(' ');
-  out.put(coord_text(y, store.text_end)).put(' ').put(op);
+  char* const to = out.room_for(2 * most);
+  std::memcpy(to, x, most);
+  to[length] = ' ';
+  std::memcpy(to + length + 1, op.start.data(), op.start.size());
+  out.advance(length + 1 + op.text.size());
 }
 
 /// The distance of two points, given the differences of x and of y: the sum of both.

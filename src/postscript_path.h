@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -98,10 +99,20 @@ struct path_store {
   }
 };
 
+/// The text of the operator that takes a vertex.
+struct vertex_operator {
+  explicit vertex_operator(std::string_view operator_text) : text(operator_text) {
+    text.copy(start.data(), start.size());
+  }
+
+  std::string_view text;
+  std::array<char, 16> start{};  ///< of the text: to copy it all takes no loop
+};
+
 /// The texts that paths are written with.
 struct path_operators {
-  std::string_view moveto;
-  std::string_view lineto;
+  vertex_operator moveto;
+  vertex_operator lineto;
   std::string end;  ///< whatever ends a polygon
 };
 

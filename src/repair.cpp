@@ -24,7 +24,8 @@ namespace {
 /// a polygon.
 path_operators operators_to_write(const drawing_token_set& found,
                                   const std::optional<fill_macro>& macro) {
-  path_operators result{found.moveto_token.text, found.lineto_token.text,
+  path_operators result{vertex_operator(found.moveto_token.text),
+                        vertex_operator(found.lineto_token.text),
                         std::string(macro ? macro->operator_text() : found.end_polygon_token.text)};
   for (const token& t : found.trailing_operators) result.end.append(" ").append(t.text);
   return result;

@@ -25,7 +25,7 @@ engine_result run(const std::string& text, point_order order, Engine engine) {
       return;
     }
     gather(strata, queue, console);
-    queue.output({"m", "l", "h f"}, paths);
+    queue.output({vertex_operator("m"), vertex_operator("l"), "h f"}, paths);
   });
   return {console.text(), paths.text()};
 }

@@ -36,7 +36,7 @@ path_index path_of(std::string_view numbers, path_store& store) {
 
 std::string written(path_store& store, path_index path) {
   captured_text out;
-  output(store, path, {"m", "l", "h f"}, out);
+  output(store, path, {vertex_operator("m"), vertex_operator("l"), "h f"}, out);
   return out.text();
 }
 
