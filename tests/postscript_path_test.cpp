@@ -142,6 +142,26 @@ TEST(superfluous_points, a_product_of_distances_that_wraps_to_zero_counts_as_zer
   EXPECT_FALSE(is_superfluous(at(0, 0), at(far, 0), at(far, far + 1)));
 }
 
+TEST(superfluous_points, are_none_in_outlines_that_have_only_corners) {
+  // All outlines of four points on a grid, and on one so wide that products wrap to zero.
+  for (const std::int32_t pitch : {1, 1 << 21}) {
+    for (int outline = 0; outline < 9 * 9 * 9 * 9; ++outline) {
+      path_store store;
+      for (int i = 0, rest = outline; i < 4; ++i, rest /= 9) {
+        store.points.push_back({{rest % 3 * pitch, rest / 3 % 3 * pitch}, nullptr});
+      }
+      store.links.resize(4);
+      store.paths.resize(1);
+      tokens_to_ps_path(store, 0, 0, 4);
+      const bool told = has_only_corners(store.points);
+      remove_superfluous_points_v2(store, 0);
+      const bool all_stay = store.paths[0].n_points == 4;
+      ASSERT_TRUE(pitch == 1 ? told == all_stay : !told || all_stay) << outline;
+      ASSERT_TRUE(!told || store.paths[0].cursor == 2) << "where the walk ends";
+    }
+  }
+}
+
 TEST(path_merge, joins_rings_along_their_cursor_edges) {
   path_store store;
   store.keeps_boxes = true;
