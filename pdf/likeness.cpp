@@ -26,9 +26,8 @@ class recent_sides {
  private:
   static constexpr std::size_t n_slots = 4096;
   static std::size_t slot_of(label from, label to) {
-    // 2^64 over the golden ratio.
-    const std::uint64_t spread = std::uint64_t{from ^ to} * 0x9e3779b97f4a7c15U;
-    return (spread + std::uint64_t{from} + to) >> 7U & (n_slots - 1);
+    // 2^64 over the golden ratio; the highest bits depend on all of the key.
+    return joint_key(std::min(from, to), std::max(from, to)) * 0x9e3779b97f4a7c15U >> 52U;
   }
 
   std::vector<std::uint64_t> slots_;
