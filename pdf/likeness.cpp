@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 #include "pdf/sorted_keys.h"
@@ -33,9 +34,18 @@ class recent_sides {
   std::vector<std::uint64_t> slots_;
 };
 
+/// 1 for a diagonal of a square, or nearly so, -1 for other slopes, and 0 for none.
+int diagonal(const place& from, const place& to) {
+  const std::int64_t width = std::abs(to.x - from.x);
+  const std::int64_t height = std::abs(to.y - from.y);
+  if (width == 0 || height == 0) return 0;
+  return 100 * std::abs(width - height) <= width ? 1 : -1;
+}
+
 }  // namespace
 
-void turn_alike(outlines& all, std::span<const std::size_t> batches) {
+void turn_alike(const places& points, outlines& all, std::span<const outline_batch> batches) {
+  constexpr std::int64_t few_sides = 3;
   recent_sides recent;
   // Calls f with the ends of each side of the outlines in a range.
   const auto for_each_side = [&all](std::size_t begin, std::size_t end, auto f) {
@@ -49,10 +59,16 @@ void turn_alike(outlines& all, std::span<const std::size_t> batches) {
     }
   };
   std::size_t begin = 0;
-  for (const std::size_t end : batches) {
+  for (const auto& [end, was_clockwise] : batches) {
     std::int64_t alike = 0;
-    for_each_side(begin, end, [&](label a, label b) { alike += recent.direction(a, b); });
-    if (alike < 0) {
+    std::int64_t diagonals = 0;
+    for_each_side(begin, end, [&](label a, label b) {
+      alike += recent.direction(a, b);
+      diagonals += diagonal(points[a], points[b]);
+    });
+    const bool turns_back = diagonals > 0 && was_clockwise;
+    const bool turns_alike = (turns_back ? -alike : alike) < (diagonals > 0 ? -few_sides : 0);
+    if (turns_back != turns_alike) {
       for (std::size_t i = begin; i < end; ++i) {
         const std::uint32_t first = i == 0 ? 0 : all.ends[i - 1];
         std::reverse(all.corners.begin() + first, all.corners.begin() + all.ends[i]);

@@ -203,7 +203,7 @@ void mesh::add(std::uint32_t paint, const outline_traits& traits, std::span<cons
       std::reverse(corners.begin() + static_cast<std::ptrdiff_t>(first), corners.end());
     }
   }
-  polygons.push_back({paint, traits.form, static_cast<std::uint32_t>(first),
+  polygons.push_back({paint, traits.form, traits.is_clockwise, static_cast<std::uint32_t>(first),
                       static_cast<std::uint32_t>(corners.size() - first)});
 }
 

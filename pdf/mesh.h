@@ -76,6 +76,7 @@ outline_traits traits_of(std::span<const place> corners);
 struct polygon {
   std::uint32_t paint = 0;
   shape form = shape::other;
+  bool was_clockwise = false;  ///< as it was read
   std::uint32_t first_corner = 0;
   std::uint32_t n_corners = 0;
 };

@@ -291,6 +291,7 @@ painted_mesh part_of(const painted_mesh& whole, std::uint32_t begin, std::uint32
     for (const label at : whole.polygons.corners_of(each))
       corners.push_back(whole.polygons.points[at]);
     result.polygons.add(paint_index, {.form = each.form, .is_clockwise = false}, corners);
+    result.polygons.polygons.back().was_clockwise = each.was_clockwise;
     if (raw != whole.raws.end() && raw->polygon == i) {
       result.raws.push_back(*raw++);
       result.raws.back().polygon = i - begin;

@@ -42,9 +42,16 @@ std::optional<line_style> closing_pen(const stretch& where, const content_settin
 /// A batch when its polygons have been joined.
 struct joined_batch {
   std::uint32_t paint = 0;
+  bool was_clockwise = false;
   const raw_polygon* raw = nullptr;  ///< painted as it stands: then it has no outlines
   std::size_t outlines_end = 0;
 };
+
+/// Whether most of the polygons were.
+bool were_clockwise(const mesh& of, std::span<const std::uint32_t> polygons) {
+  const auto was_clockwise = [&](std::uint32_t p) { return of.polygons[p].was_clockwise; };
+  return 2 * std::ranges::count_if(polygons, was_clockwise) > std::ssize(polygons);
+}
 
 /// Whether a corner more or less of a pen can be seen, at so many points to a unit.
 bool is_wide(const line_style& pen, double on_page, const text_table& texts) {
@@ -70,14 +77,17 @@ stretch_text write(const painted_mesh& painted, const mesh& polygons, const stre
                     is_wide(with.pen, on_page, texts));
       }
     }
-    joined.push_back({each.paint, raw, all.ends.size()});
+    joined.push_back(
+        {each.paint, were_clockwise(painted.polygons, each.polygons), raw, all.ends.size()});
   }
   batches = {};
   remove_straight_corners(polygons, {&all, 1});
-  std::vector<std::size_t> batch_ends;
-  batch_ends.reserve(joined.size());
-  for (const joined_batch& each : joined) batch_ends.push_back(each.outlines_end);
-  turn_alike(all, batch_ends);
+  std::vector<outline_batch> to_turn;
+  to_turn.reserve(joined.size());
+  for (const joined_batch& each : joined) {
+    to_turn.push_back({each.outlines_end, each.was_clockwise});
+  }
+  turn_alike(polygons.points, all, to_turn);
 
   stretch_text result;
   content_writer writer(texts, where.before, where.end - where.begin);

@@ -66,6 +66,16 @@ TEST(content, joins_what_stands_together) {
   EXPECT_EQ(repaired("q BT ET 1 g " + two + "0 g Q"), "q BT ET\n1 g" + square + "Q");
 }
 
+TEST(content, keeps_the_way_in_which_diagonals_are_drawn) {
+  const std::string left = "0 0 m 1 1 l 2 0 l h f 2 0 m 1 -1 l 0 0 l h f ";
+  const std::string right = "2 0 m 1 1 l 0 0 l h f 0 0 m 1 -1 l 2 0 l h f ";
+  EXPECT_EQ(repaired(left), "\n1 1 m 2 0 l 1 -1 l 0 0 l f\n");
+  EXPECT_EQ(repaired(right), "\n2 0 m 1 1 l 0 0 l 1 -1 l f\n");
+  // Also behind what is split off, where numbers follow in another order.
+  EXPECT_EQ(repaired("1 g " + two + "q " + left + "BT ET Q"),
+            "\n1 g\n0 0 1 1 re f\nq\n1 -1 m 0 0 l 1 1 l 2 0 l f\nBT ET Q");
+}
+
 TEST(content, folds_a_stroke_into_its_fill) {
   const std::string first = "0 0 m 1 0 l 1 1 l h ";
   const std::string second = "0 0 m 1 1 l 0 1 l h ";

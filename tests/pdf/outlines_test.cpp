@@ -106,13 +106,38 @@ TEST(shared_corners, are_added_where_they_nearly_lie_on_a_side) {
 }
 
 TEST(likeness, of_batches_that_share_sides_is_that_they_run_the_same_way) {
+  places points;
+  for (std::int64_t i = 0; i < 10; ++i) points.label_of({i, i * i});
   outlines all;
   all.corners = {0, 1, 2, 3, /**/ 4, 5, 6, /**/ 2, 1, 7, /**/ 9, 8, 7, 1};
   all.ends = {4, 7, 10, 14};
-  const std::vector<std::size_t> batches = {1, 3, 4};
-  turn_alike(all, batches);
+  const std::vector<outline_batch> batches = {{1, false}, {3, true}, {4, false}};
+  turn_alike(points, all, batches);
   // The second batch has a side of the first, and is turned whole; then the third has one of it.
   EXPECT_EQ(all.corners, (std::vector<label>{0, 1, 2, 3, 6, 5, 4, 7, 1, 2, 9, 8, 7, 1}));
+}
+
+TEST(likeness, turns_diagonals_of_squares_for_many_sides_only) {
+  // An outline up and down a stair, and one the other way.
+  const auto turned = [](std::int64_t height, label n_sides, bool were_clockwise) {
+    places points;
+    outlines all;
+    for (label i = 0; i < n_sides; ++i) {
+      all.corners.push_back(points.label_of({i, i % 2 * height}));
+    }
+    for (label i = n_sides; i > 0; --i) all.corners.push_back(i - 1);
+    all.ends = {n_sides, 2 * n_sides};
+    const std::vector<outline_batch> batches = {{1, were_clockwise}, {2, were_clockwise}};
+    turn_alike(points, all, batches);
+    return all.corners;
+  };
+  EXPECT_EQ(turned(1, 3, false), (std::vector<label>{0, 1, 2, 2, 1, 0})) << "as drawn";
+  EXPECT_EQ(turned(1, 3, true), (std::vector<label>{2, 1, 0, 0, 1, 2})) << "as drawn, too";
+  EXPECT_EQ(turned(1, 4, false), (std::vector<label>{0, 1, 2, 3, 0, 1, 2, 3}));
+  EXPECT_EQ(turned(1, 4, true), (std::vector<label>{3, 2, 1, 0, 3, 2, 1, 0}));
+  for (const bool were_clockwise : {false, true}) {
+    EXPECT_EQ(turned(2, 3, were_clockwise), (std::vector<label>{0, 1, 2, 0, 1, 2}));
+  }
 }
 
 }  // namespace
