@@ -94,6 +94,12 @@ TEST(path_output, has_five_vertices_to_a_line_and_the_texts_of_the_input) {
   path_store store;
   const path_index one = path_of("00.10 -.5", store);
   EXPECT_EQ(written(store, one), "00.10 -.5 m\nh f\n");
+  captured_text out;
+  for (const std::string name : {"begin_an_outline", "begin_an_outline_"}) {
+    output(store, path_of("1 2 3 4", store), {vertex_operator(name), vertex_operator(name), "h"},
+           out);
+    EXPECT_TRUE(out.text().ends_with("3 4 " + name + "\n1 2 " + name + " \nh\n"));
+  }
   const path_index six = path_of("1 1 2 2 3 3 4 4 5 5 123456.789 0", store);
   EXPECT_EQ(written(store, six), "123456.7 0 m\n1 1 l 2 2 l 3 3 l 4 4 l 5 5 l\nh f\n");
   const path_index seven = path_of("1 1\n2\n2 123456.789 3 4  4 5 5 6 6 7 7", store);
