@@ -95,8 +95,9 @@ coordinate uncommon_coordinate(number_text number, const char* end) {
 std::size_t plain_vertex_length(const char* text, const char* end) {
   constexpr std::ptrdiff_t looked_at = 24;
   if (!words_are_text || end - text < looked_at) return 0;
-  // The bytes of a number, "-" to "9", differ from a blank in some of the five lower bits alone;
-  // what ends it is a blank, or differs in others. Behind the first end there can be anything.
+  // That there are numbers is known. Their bytes, "-" to "9", differ from a blank in some of the
+  // five lower bits alone; what can end them is a blank, or differs in others. Behind the first end
+  // there can be anything. Without an end among eight bytes the length is 8.
   const auto length_at = [](const char* number) {
     constexpr std::uint64_t each = 0x0101010101010101;
     const std::uint64_t word = load_word(number) ^ each * ' ';

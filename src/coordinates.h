@@ -51,9 +51,9 @@ coordinate coordinate_of(number_text number, const char* end);
 /// The number at `text` as it is written, so much of it as makes a coordinate.
 std::string_view coord_text(const char* text, const char* end);
 
-/// The length of the two numbers of the vertex at `text` as they are written, when that is just how
-/// they stand there: at most eight characters each, and one blank between them; 0 when it is not,
-/// or cannot be told from the next 24 bytes.
+/// The length of the two numbers of a vertex as they are written, when that is just how they stand
+/// at `text`, which must be where a vertex does: at most eight characters each, and one blank
+/// between them; 0 when it is not, or cannot be told from the next 24 bytes.
 std::size_t plain_vertex_length(const char* text, const char* end);
 
 /// Where the second of a vertex's numbers stands, given the first; only blanks and line ends are

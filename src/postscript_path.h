@@ -156,8 +156,8 @@ inline wrapping difference(std::int32_t a, std::int32_t b) {
   return static_cast<wrapping>(std::int64_t{a} - std::int64_t{b});
 }
 
-/// So far a point can be from its neighbour, along either axis, that a product of two such
-/// distances is below 2 to the power 61: it cannot wrap to zero.
+/// Neighbours no further away than this, along either axis, are near: the product of the three
+/// distances between a point and two of them is at most 2 to the power 61 and cannot wrap to zero.
 inline constexpr wrapping reach = wrapping{1} << 19;
 
 /// What is_superfluous finds out, of any three points.
@@ -170,13 +170,13 @@ inline bool is_superfluous(const ps_point& before, const ps_point& point, const 
   const wrapping uy = difference(point.coords[1], before.coords[1]);
   const wrapping vx = difference(after.coords[0], point.coords[0]);
   const wrapping vy = difference(after.coords[1], point.coords[1]);
-  // Most points are corners between neighbours that are not far away. Then no two coincide.
+  // Most points are corners between neighbours that are near. Then no two of the three coincide.
   const bool all_near = ((ux + reach) | (uy + reach) | (vx + reach) | (vy + reach)) < 2 * reach;
   return !all_near || vx * uy == ux * vy ? adds_nothing(before, point, after) : false;
 }
 
-/// Tells of most outlines in which no point is superfluous that it is so: what stands side by side
-/// is quickly looked through. Of others, and a few of those, it does not.
+/// True only when no point of an outline is superfluous; false all the same when one is far from
+/// its neighbour. The outline has two points or more, side by side: that is quickly looked through.
 bool has_only_corners(std::span<const ps_point> outline);
 
 /// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
