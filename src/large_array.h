@@ -53,7 +53,7 @@ struct large_allocator {
 
  private:
   static constexpr std::size_t huge_page = std::size_t{2} << 20;
-  static constexpr std::size_t least_size = 4 * huge_page;  // less is in the caches mostly
+  static constexpr std::size_t least_size = 2 * huge_page;  // less is in the caches mostly
 };
 
 template <class T>
