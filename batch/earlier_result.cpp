@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view processing_line = "%%Processed by trellion ";
+constexpr std::string_view processing_mark = "%%Processed by trellion ";
 constexpr std::string_view blanks = " \t\r\n\f";
 
 std::string_view trimmed(std::string_view text) {
@@ -35,7 +35,7 @@ processing processing_of(std::string_view text) {
     const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
     const std::size_t begin = line.find_first_not_of(" \t\f");
     if (begin != std::string_view::npos && line[begin] != '%') break;
-    if (line.starts_with(processing_line)) ++found.lines;
+    if (line.starts_with(processing_mark)) ++found.lines;
     text.remove_prefix(std::min(line.size() + 1, text.size()));
   }
   found.rest = text;

@@ -13,7 +13,7 @@
 namespace trellion::batch {
 namespace {
 
-constexpr std::array counts = {
+constexpr std::array pdf_counts = {
     std::pair("streams_changed", &pdf_outcome::streams_changed),
     std::pair("polygons_read", &pdf_outcome::polygons_read),
     std::pair("polygons_left", &pdf_outcome::polygons_left),
@@ -33,7 +33,7 @@ std::string text_of(const pdf::numbered_page& page) {
   return text.data();
 }
 
-std::optional<pdf::numbered_page> read_page(std::string_view text) {
+std::optional<pdf::numbered_page> read_numbered_page(std::string_view text) {
   const std::size_t first = text.find(' ');
   const std::size_t last = text.rfind(' ');
   pdf::numbered_page page;
@@ -75,7 +75,7 @@ std::optional<move_request> read_pdf_mover_arguments(std::span<const char* const
 }
 
 void write_outcome(const pdf_outcome& outcome, text_writer& out) {
-  for (const auto& [name, count] : counts) {
+  for (const auto& [name, count] : pdf_counts) {
     out.put(name).put(' ').put(std::to_string(outcome.*count)).put('\n');
   }
   for (const pdf::numbered_page& page : outcome.pages) {
@@ -86,12 +86,12 @@ void write_outcome(const pdf_outcome& outcome, text_writer& out) {
 
 std::optional<pdf_outcome> read_pdf_outcome(std::string_view text) {
   pdf_outcome outcome;
-  for (const auto& [name, count] : counts) {
+  for (const auto& [name, count] : pdf_counts) {
     const auto value = take_value(text, name);
     if (!value || !read_number(*value, outcome.*count)) return std::nullopt;
   }
   while (const auto value = take_value(text, "page")) {
-    const auto page = read_page(*value);
+    const auto page = read_numbered_page(*value);
     if (!page) return std::nullopt;
     outcome.pages.push_back(*page);
   }

@@ -20,7 +20,7 @@ class no_console : public byte_sink {
   void write(std::string_view /*bytes*/) override {}
 };
 
-constexpr std::array counts = {
+constexpr std::array eps_counts = {
     std::pair("groups", &repair_summary::groups),
     std::pair("group_bytes", &repair_summary::group_bytes),
     std::pair("polygons_read", &repair_summary::polygons_read),
@@ -94,7 +94,7 @@ void write_outcome(const repair_outcome& outcome, text_writer& out) {
     return;
   }
   const auto& summary = std::get<repair_summary>(outcome);
-  for (const auto& [name, count] : counts) {
+  for (const auto& [name, count] : eps_counts) {
     out.put(name).put(' ').put(std::to_string(summary.*count)).put('\n');
   }
   out.put("area_lost ").put(summary.area_lost ? "1" : "0").put('\n');
@@ -108,7 +108,7 @@ std::optional<repair_outcome> read_outcome(std::string_view text) {
     return early_end{found->second};
   }
   repair_summary summary;
-  for (const auto& [name, count] : counts) {
+  for (const auto& [name, count] : eps_counts) {
     const auto value = take_value(text, name);
     if (!value || !read_number(*value, summary.*count)) return std::nullopt;
   }

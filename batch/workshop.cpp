@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-dead_end dead_end_of(const early_end& ended) {
+dead_end early_dead_end(const early_end& ended) {
   switch (ended.reason) {
     case end_reason::no_operators: return {verdict::nothing_to_join, "no polygons found"};
     case end_reason::no_safe_name:
@@ -108,7 +108,7 @@ candidate workshop::repair_text(const repair_way& way, const fs::path& folder,
   const std::optional<repair_outcome> outcome =
       read_outcome(work_on(source, folder, worker_arguments(request)));
   if (!outcome) throw dead_end{verdict::failed, no_outcome};
-  if (const auto* early = std::get_if<early_end>(&*outcome)) throw dead_end_of(*early);
+  if (const auto* early = std::get_if<early_end>(&*outcome)) throw early_dead_end(*early);
   const auto& summary = std::get<repair_summary>(*outcome);
   return {way, folder / name, fs::file_size(folder / name), summary, summary.mergers > 0, {}};
 }

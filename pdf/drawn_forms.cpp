@@ -33,7 +33,7 @@ struct form_node {
 };
 
 /// By how much a matrix enlarges, at most.
-double scale_of(QPDFObjectHandle matrix) {
+double enlargement_of(QPDFObjectHandle matrix) {
   if (!matrix.isMatrix()) return 1;
   const QPDFObjectHandle::Matrix m = matrix.getArrayAsMatrix();
   const double squares = m.a * m.a + m.b * m.b + m.c * m.c + m.d * m.d;
@@ -184,7 +184,7 @@ void form_survey::look_at_forms() {
 void form_survey::note(const std::vector<form_use>& uses, double scale, bool opaque) {
   for (const form_use& use : uses) {
     form_node& form = forms_[use.form];
-    const double own = scale_of(form.stream.getDict().getKey("/Matrix"));
+    const double own = enlargement_of(form.stream.getDict().getKey("/Matrix"));
     form.scale = std::max(form.scale, scale * use.scale * own);
     form.opaque = form.opaque && opaque && use.opaque;
   }

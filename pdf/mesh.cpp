@@ -10,7 +10,7 @@
 namespace trellion::pdf {
 namespace {
 
-__extension__ using product = unsigned __int128;
+__extension__ using wide_product = unsigned __int128;
 
 constexpr label no_label = UINT32_MAX;
 /// The corners up to which all sides are compared with each other.
@@ -29,7 +29,7 @@ std::uint64_t hash_key() {
 }
 
 std::uint64_t folded_product(std::uint64_t a, std::uint64_t b) {
-  const product p = product{a} * b;
+  const wide_product p = wide_product{a} * b;
   return static_cast<std::uint64_t>(p) ^ static_cast<std::uint64_t>(p >> 64);
 }
 

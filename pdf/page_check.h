@@ -10,7 +10,7 @@ namespace trellion::pdf {
 
 /// Whether two pictures of one size differ in a pixel and in all that touch it. Where an edge is
 /// rounded to the next pixel they do not: it shows in a line of single pixels.
-bool differ_beyond_edges(const batch::pixmap& a, const batch::pixmap& b);
+bool differ_beyond_edges(const trellion::batch::pixmap& a, const trellion::batch::pixmap& b);
 
 /// Has poppler draw the pages of two documents that may differ, each pixel as what is at its
 /// centre, and compares them. Throws run_error, which names the page, when one looks different or
@@ -18,6 +18,6 @@ bool differ_beyond_edges(const batch::pixmap& a, const batch::pixmap& b);
 /// works.
 void check_pages(const std::filesystem::path& before, const std::filesystem::path& after,
                  const std::string& pdftocairo, const std::filesystem::path& directory,
-                 const batch::process_runner& runner);
+                 const trellion::batch::process_runner& runner);
 
 }  // namespace trellion::pdf

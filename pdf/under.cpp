@@ -12,7 +12,7 @@
 namespace trellion::pdf {
 namespace {
 
-constexpr std::uint32_t none = UINT32_MAX;
+constexpr std::uint32_t nothing = UINT32_MAX;
 /// A side of a polygon, among those between the same two places.
 struct side {
   std::uint32_t batch;
@@ -125,7 +125,7 @@ struct lone_findings {
 
 // Beyond these a side counts as one with nothing beyond, so that the time stays near-linear where
 // polygons lie on each other.
-constexpr std::uint32_t many_corners = 256;   ///< of a polygon to look at
+constexpr std::uint32_t most_corners = 256;   ///< of a polygon to look at
 constexpr std::size_t most_looks = 4096;      ///< at sides, from a side
 constexpr std::size_t most_looks_each = 256;  ///< on the average
 constexpr std::size_t most_beside = 4;        ///< on the average: twice what meshes have
@@ -151,7 +151,7 @@ lone_findings look_along(const mesh& of, std::span<const lone_side> lone,
     std::size_t n_looks = 0;
     for (const std::uint32_t p : around) {
       const polygon& other = of.polygons[p];
-      if (p == each.polygon || other.form == shape::other || other.n_corners > many_corners)
+      if (p == each.polygon || other.form == shape::other || other.n_corners > most_corners)
         continue;
       n_looks += other.n_corners;
       if (n_looks > most_looks) break;
@@ -179,19 +179,19 @@ void paint_under_neighbours(const mesh& of, std::span<batch> batches, const near
     std::ranges::sort(together, [](const side& a, const side& b) {
       return joint_key(a.batch, a.polygon) > joint_key(b.batch, b.polygon);
     });
-    std::array<std::uint32_t, 2> last = {none, none};  // in later batches, by direction
+    std::array<std::uint32_t, 2> last = {nothing, nothing};  // in later batches, by direction
     for (auto s = together.begin(); s != together.end();) {
       const std::uint32_t b = s->batch;
       std::array<std::uint32_t, 2> last_here = last;
       std::ptrdiff_t sum = 0;
       for (; s != together.end() && s->batch == b; ++s) {
         sum += s->direction == 0 ? 1 : -1;
-        if (last_here[s->direction] == none) last_here[s->direction] = s->polygon;
+        if (last_here[s->direction] == nothing) last_here[s->direction] = s->polygon;
       }
       const std::uint32_t beside = last[sum > 0 ? 1 : 0];
       if (sum != 0 && s == together.end() && together.front().batch == b) {
         lone.push_back({b, together.front().polygon, one, other});
-      } else if (sum != 0 && beside != none) {
+      } else if (sum != 0 && beside != nothing) {
         added.push_back(joint_key(b, beside));
       }
       last = last_here;

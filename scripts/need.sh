@@ -58,8 +58,9 @@ build() {
 }
 
 # tidy PRESET [OPTION ...]: has clang-tidy look over the programs' sources, as they are built in
-# build/PRESET.
+# build/PRESET: there, several may be one.
 tidy() {
-  find src pdf batch tools -name '*.cpp' -print0 |
-    xargs -0 -n 1 -P "$(nproc)" clang-tidy -p "build/$1" --quiet "${@:2}" 2>/dev/null
+  sed -n 's/^ *"file": "\(.*\)",\?$/\1/p' "build/$1/compile_commands.json" |
+    grep -Ev "^$PWD/(build/$1/)?(tests|fuzz)/" |
+    xargs -d '\n' -n 1 -P "$(nproc)" clang-tidy -p "build/$1" --quiet "${@:2}" 2>/dev/null
 }

@@ -13,11 +13,11 @@
 namespace trellion::pdf {
 namespace {
 
-using testing::one_page;
-using testing::pdf_of;
-using testing::scratch_directory;
-using testing::stream;
-using testing::triangles;
+using trellion::testing::one_page;
+using trellion::testing::pdf_of;
+using trellion::testing::scratch_directory;
+using trellion::testing::stream;
+using trellion::testing::triangles;
 
 /// A document before and after its repair.
 struct repaired_document {
