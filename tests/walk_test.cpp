@@ -57,7 +57,9 @@ TEST(walk, goes_the_same_way_whatever_the_scan_has_kept) {
       continue;  // no two polygons alike
     }
   }
+#ifdef __SSE2__  // without marks nothing is kept
   EXPECT_GT(n_kept, 1000);
+#endif
 }
 
 }  // namespace
