@@ -219,7 +219,22 @@ bool has_only_corners(std::span<const ps_point> outline) {
     uy = vy;
     point = &after;
   }
-  return !is_straight && all < 2 * reach;
+  if (is_straight || all < 2 * reach) return !is_straight;
+
+  // Products of distances can wrap to zero.
+  bool is_zero = false;  // one of them
+  wrapping before = distance(ux, uy);
+  for (const ps_point& after : outline) {
+    const wrapping vx = difference(after.coords[0], point->coords[0]);
+    const wrapping vy = difference(after.coords[1], point->coords[1]);
+    const wrapping behind = distance(vx, vy);
+    is_zero |= distance(ux + vx, uy + vy) * behind * before == 0;
+    ux = vx;
+    uy = vy;
+    before = behind;
+    point = &after;
+  }
+  return !is_zero;
 }
 
 void remove_superfluous_points_v2(path_store& store, path_index path) {

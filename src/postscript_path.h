@@ -175,8 +175,8 @@ inline bool is_superfluous(const ps_point& before, const ps_point& point, const 
   return !all_near || vx * uy == ux * vy ? adds_nothing(before, point, after) : false;
 }
 
-/// True only when no point of an outline is superfluous; false all the same when one is far from
-/// its neighbour. The outline has two points or more, side by side: that is quickly looked through.
+/// Whether no point of an outline is superfluous. The outline has two points or more, side by side:
+/// that is looked through sooner than a ring.
 bool has_only_corners(std::span<const ps_point> outline);
 
 /// Removes superfluous points in one walk round the ring that backs up after each removal. Leaves
