@@ -61,6 +61,6 @@ build() {
 # build/PRESET: there, several may be one.
 tidy() {
   sed -n 's/^ *"file": "\(.*\)",\?$/\1/p' "build/$1/compile_commands.json" |
-    grep -Ev "^$PWD/(build/$1/)?(tests|fuzz)/" |
+    grep -vF -e "$PWD/tests/" -e "$PWD/fuzz/" -e "$PWD/build/$1/tests/" -e "$PWD/build/$1/fuzz/" |
     xargs -d '\n' -n 1 -P "$(nproc)" clang-tidy -p "build/$1" --quiet "${@:2}" 2>/dev/null
 }
